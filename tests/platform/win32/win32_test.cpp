@@ -1,0 +1,99 @@
+#include <ixocore/platform/win32.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+TEST(win32, mul_div_rounds_half_away_from_zero_and_refuses_zero_divisor)
+{
+    EXPECT_EQ(MulDiv(9, 96, 72), 12);
+    EXPECT_EQ(MulDiv(9, 120, 72), 15);
+    EXPECT_EQ(MulDiv(5, 1, 2), 3);
+    EXPECT_EQ(MulDiv(-5, 1, 2), -3);
+    EXPECT_EQ(MulDiv(5, -1, 2), -3);
+    EXPECT_EQ(MulDiv(5, 1, -2), -3);
+    EXPECT_EQ(MulDiv(-5, -1, -2), -3);
+    EXPECT_EQ(MulDiv(7, 1, 3), 2);
+    EXPECT_EQ(MulDiv(8, 1, 3), 3);
+    EXPECT_EQ(MulDiv(1, 2, 0), -1);
+    // The intermediate product needs 64 bits.
+    EXPECT_EQ(MulDiv(1 << 30, 1 << 20, 1 << 25), 1 << 25);
+    // A result outside 32 bits is refused.
+    EXPECT_EQ(MulDiv(1 << 30, 8, 1), -1);
+}
+
+TEST(win32, module_file_name_is_the_executable_with_backslashes)
+{
+    char link[4096];
+    ssize_t n = readlink("/proc/self/exe", link, sizeof link - 1);
+    ASSERT_GT(n, 0);
+    std::string expected(link, std::size_t(n));
+
+    std::vector<WCHAR> buffer(4096, u'x');
+    DWORD len = GetModuleFileNameW(nullptr, buffer.data(), DWORD(buffer.size()));
+    ASSERT_EQ(len, DWORD(expected.size()));
+    EXPECT_EQ(buffer[len], 0);
+    for (DWORD i = 0; i < len; ++i)
+        EXPECT_EQ(buffer[i], expected[i] == '/' ? u'\\' : WCHAR(expected[i])) << i;
+    EXPECT_EQ(ixo_native_path(buffer.data()), expected);
+
+    // Too small: truncated, terminated, and the buffer size is returned.
+    std::vector<WCHAR> small(5, u'x');
+    EXPECT_EQ(GetModuleFileNameW(nullptr, small.data(), 5), 5u);
+    EXPECT_EQ(small[4], 0);
+    EXPECT_EQ(small[0], u'\\');
+
+    EXPECT_EQ(GetModuleFileNameW(nullptr, nullptr, 10), 0u);
+    EXPECT_EQ(GetModuleFileNameW(nullptr, buffer.data(), 0), 0u);
+}
+
+TEST(win32, native_path_converts_separators_and_utf16)
+{
+    EXPECT_EQ(ixo_native_path(u"C:\\a/b\\c.png"), "C:/a/b/c.png");
+    EXPECT_EQ(ixo_native_path(u"\u00e9\U0001F600"), "\xC3\xA9\xF0\x9F\x98\x80");
+    EXPECT_EQ(ixo_native_path(nullptr), "");
+    WCHAR lone[] = {0xD800, u'a', 0};
+    EXPECT_EQ(ixo_native_path(lone), "\xEF\xBF\xBD"
+                                     "a");
+}
+
+TEST(win32, counters_are_monotonic_and_in_step)
+{
+    LARGE_INTEGER f{}, a{}, b{};
+    ASSERT_TRUE(QueryPerformanceFrequency(&f));
+    EXPECT_EQ(f.QuadPart, 1000000000);
+    ASSERT_TRUE(QueryPerformanceCounter(&a));
+    DWORD t0 = GetTickCount();
+    usleep(30000);
+    ASSERT_TRUE(QueryPerformanceCounter(&b));
+    DWORD t1 = GetTickCount();
+    double seconds = double(b.QuadPart - a.QuadPart) / double(f.QuadPart);
+    EXPECT_GE(seconds, 0.029);
+    EXPECT_LT(seconds, 2.0);
+    EXPECT_GE(DWORD(t1 - t0), 29u);
+    EXPECT_LT(DWORD(t1 - t0), 2000u);
+    EXPECT_FALSE(QueryPerformanceCounter(nullptr));
+    EXPECT_FALSE(QueryPerformanceFrequency(nullptr));
+}
+
+TEST(win32, screen_context_and_rectangles)
+{
+    HDC dc = GetWindowDC(nullptr);
+    ASSERT_NE(dc, nullptr);
+    EXPECT_EQ(GetDeviceCaps(dc, LOGPIXELSY), 96);
+    EXPECT_EQ(GetDeviceCaps(dc, LOGPIXELSX), 96);
+    EXPECT_EQ(GetDeviceCaps(dc, 12345), 0);
+    EXPECT_EQ(GetDeviceCaps(nullptr, LOGPIXELSY), 0);
+    EXPECT_EQ(-MulDiv(9, GetDeviceCaps(dc, LOGPIXELSY), 72), -12);
+    EXPECT_EQ(ReleaseDC(nullptr, dc), 1);
+
+    RECT r{};
+    EXPECT_TRUE(SetRect(&r, 1, 2, 30, 40));
+    EXPECT_EQ(r.left, 1);
+    EXPECT_EQ(r.top, 2);
+    EXPECT_EQ(r.right, 30);
+    EXPECT_EQ(r.bottom, 40);
+    EXPECT_FALSE(SetRect(nullptr, 0, 0, 1, 1));
+}
