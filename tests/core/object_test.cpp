@@ -1,6 +1,7 @@
 #include <ixocore/core/identifiable_object.h>
 #include <ixocore/core/object.h>
 #include <ixocore/core/object_ptr.h>
+#include <ixocore/core/string.h>
 #include <ixocore/math/vector.h>
 
 #include <gtest/gtest.h>
@@ -45,6 +46,18 @@ class other_thing : public base_thing
 public:
     static ixo_object_ptr<other_thing> create() { return new other_thing; }
 };
+
+class first_kind : public ixo_object, public ixo_typified_object
+{
+    IXO_TYPIFIED_DECLARE()
+};
+IXO_TYPIFIED_DEFINE(first_kind, IXO_TEXT("First Kind"))
+
+class second_kind : public ixo_object, public ixo_typified_object
+{
+    IXO_TYPIFIED_DECLARE()
+};
+IXO_TYPIFIED_DEFINE(second_kind, "Second Kind")
 
 // The count without changing it.
 int count_of(ixo_object* o)
@@ -266,4 +279,25 @@ TEST(types, assigned_numbers_are_new)
     unsigned long const b = ixo_assign_object_type();
     EXPECT_NE(a, ixo_invalid_object_type);
     EXPECT_EQ(b, a + 1);
+}
+
+TEST(types, numbers_are_given_lazily_and_kept)
+{
+    // Neither class has been asked before: the one asked first gets the smaller number, and
+    // any number handed out in between lies between them.
+    unsigned long const second = second_kind::static_type();
+    unsigned long const between = ixo_assign_object_type();
+    unsigned long const first = first_kind::static_type();
+    EXPECT_NE(second, ixo_invalid_object_type);
+    EXPECT_LT(second, between);
+    EXPECT_LT(between, first);
+    EXPECT_EQ(first_kind::static_type(), first);
+    EXPECT_EQ(second_kind::static_type(), second);
+
+    first_kind f;
+    ixo_typified_object const& typed = f;
+    EXPECT_EQ(typed.type(), first);
+    EXPECT_EQ(typed.type_name().to_utf8(), "First Kind");
+    EXPECT_EQ(&typed.type_name(), &first_kind::static_type_name());
+    EXPECT_EQ(second_kind::static_type_name().to_utf8(), "Second Kind");
 }

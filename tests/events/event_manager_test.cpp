@@ -1,0 +1,313 @@
+#include <ixocore/app/application.h>
+#include <ixocore/core/string.h>
+#include <ixocore/events/event.h>
+#include <ixocore/events/event_manager.h>
+#include <ixocore/scene/selection.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace
+{
+// Records "<name>:<event type name>" in a shared log, then runs an optional action.
+class recorder : public ixo_event_handler
+{
+public:
+    using action = std::function<void(ixo_object_ptr<ixo_event>)>;
+
+    static ixo_object_ptr<recorder> create(std::vector<std::string>& log, std::string name,
+                                           action act = {})
+    {
+        return new recorder(log, std::move(name), std::move(act));
+    }
+
+    void on_event(ixo_object_ptr<ixo_event> e) override
+    {
+        log_.push_back(name_ + ":" + e->type_name().to_utf8());
+        if (act_)
+            act_(e);
+    }
+
+    static int alive;
+
+private:
+    recorder(std::vector<std::string>& log, std::string name, action act)
+        : log_(log), name_(std::move(name)), act_(std::move(act))
+    {
+        ++alive;
+    }
+    ~recorder() override { --alive; }
+
+    std::vector<std::string>& log_;
+    std::string name_;
+    action act_;
+};
+int recorder::alive = 0;
+
+ixo_object_ptr<ixo_event> idle()
+{
+    return ixo_event_application_idle::create();
+}
+} // namespace
+
+TEST(events, type_numbers_and_names)
+{
+    std::vector<unsigned long> types = {
+        ixo_event_application_idle::static_type(),   ixo_event_direct3d_resetting::static_type(),
+        ixo_event_direct3d_reset::static_type(),     ixo_event_request_redraw::static_type(),
+        ixo_event_document_changing::static_type(),  ixo_event_document_changed::static_type(),
+        ixo_event_scene_changing::static_type(),     ixo_event_scene_changed::static_type(),
+        ixo_event_selection_changing::static_type(), ixo_event_selection_changed::static_type()};
+    for (size_t i = 0; i < types.size(); ++i)
+    {
+        EXPECT_NE(types[i], ixo_invalid_object_type);
+        for (size_t j = 0; j < i; ++j)
+            EXPECT_NE(types[i], types[j]);
+    }
+    // Stable once assigned, and the virtual answers agree with the static ones.
+    EXPECT_EQ(ixo_event_direct3d_reset::static_type(), types[2]);
+    ixo_object_ptr<ixo_event> e = ixo_event_direct3d_reset::create();
+    EXPECT_EQ(e->type(), types[2]);
+    EXPECT_EQ(e->type_name(), ixo_string(IXO_TEXT("Direct3D Reset Event")));
+    EXPECT_EQ(&e->type_name(), &ixo_event_direct3d_reset::static_type_name());
+    EXPECT_EQ(ixo_event_selection_changing::static_type_name().to_utf8(),
+              "Selection Changing Event");
+    EXPECT_EQ(ixo_event_request_redraw::create()->type_name().to_utf8(), "Request Redraw Event");
+}
+
+TEST(events, matching_by_type_and_payload)
+{
+    ixo_object_ptr<ixo_selection> a = ixo_selection::create();
+    ixo_object_ptr<ixo_selection> b = ixo_selection::create();
+    ixo_object_ptr<ixo_event> changed_a = ixo_event_selection_changed::create(a);
+    ixo_object_ptr<ixo_event> changed_a2 = ixo_event_selection_changed::create(a);
+    ixo_object_ptr<ixo_event> changed_b = ixo_event_selection_changed::create(b);
+    ixo_object_ptr<ixo_event> changing_a = ixo_event_selection_changing::create(a);
+    ixo_object_ptr<ixo_event> changed_null = ixo_event_selection_changed::create(nullptr);
+
+    EXPECT_TRUE(changed_a->is_matching(changed_a2));
+    EXPECT_FALSE(changed_a->is_matching(changed_b));
+    EXPECT_FALSE(changed_a->is_matching(changing_a));
+    EXPECT_FALSE(changed_a->is_matching(changed_null));
+    EXPECT_TRUE(changed_null->is_matching(ixo_event_selection_changed::create(nullptr)));
+    EXPECT_FALSE(changed_a->is_matching(nullptr));
+    EXPECT_TRUE(idle()->is_matching(idle()));
+    EXPECT_FALSE(idle()->is_matching(ixo_event_request_redraw::create()));
+
+    // The payload is held for the life of the event.
+    ixo_selection* raw = b.get();
+    b = nullptr;
+    changed_b = ixo_event_selection_changed::create(raw);
+    EXPECT_EQ(raw->get_count(), 0);
+}
+
+TEST(event_manager, dispatch_in_subscription_order)
+{
+    std::vector<std::string> log;
+    ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::create();
+    ixo_event_key k1 = m->subscribe(idle(), recorder::create(log, "first"));
+    ixo_event_key k2 = m->subscribe(idle(), recorder::create(log, "second"));
+    m->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "redraw"));
+    EXPECT_EQ(k1.get_type(), ixo_event_application_idle::static_type());
+    EXPECT_GT(k2.get_serial(), k1.get_serial());
+    EXPECT_FALSE(k1.is_empty());
+
+    m->report(idle());
+    EXPECT_EQ(log, (std::vector<std::string>{"first:Application Idle Event",
+                                             "second:Application Idle Event"}));
+    log.clear();
+    EXPECT_TRUE(m->unsubscribe(k1));
+    EXPECT_FALSE(m->unsubscribe(k1));
+    EXPECT_FALSE(m->unsubscribe(ixo_event_key()));
+    EXPECT_FALSE(m->unsubscribe(ixo_event_key(k2.get_type(), k2.get_serial() + 100)));
+    m->report(idle());
+    m->report(ixo_event_request_redraw::create());
+    m->report(ixo_event_direct3d_reset::create()); // nobody subscribed
+    m->report(nullptr);
+    EXPECT_EQ(log, (std::vector<std::string>{"second:Application Idle Event",
+                                             "redraw:Request Redraw Event"}));
+
+    // Bad subscriptions answer an empty key.
+    EXPECT_TRUE(m->subscribe(nullptr, recorder::create(log, "x")).is_empty());
+    EXPECT_TRUE(m->subscribe(idle(), nullptr).is_empty());
+
+    // Serials are shared by every manager.
+    ixo_object_ptr<ixo_event_manager> other = ixo_event_manager::create();
+    ixo_event_key k3 = other->subscribe(idle(), recorder::create(log, "x"));
+    EXPECT_GT(k3.get_serial(), k2.get_serial());
+    EXPECT_FALSE(m->unsubscribe(k3));
+
+    m->unsubscribe_all();
+    log.clear();
+    m->report(idle());
+    EXPECT_TRUE(log.empty());
+}
+
+TEST(event_manager, payload_subscriptions)
+{
+    std::vector<std::string> log;
+    ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::create();
+    ixo_object_ptr<ixo_selection> a = ixo_selection::create();
+    ixo_object_ptr<ixo_selection> b = ixo_selection::create();
+    m->subscribe(ixo_event_selection_changed::create(a), recorder::create(log, "a"));
+    m->report(ixo_event_selection_changed::create(b));
+    m->report(ixo_event_selection_changing::create(a));
+    EXPECT_TRUE(log.empty());
+    m->report(ixo_event_selection_changed::create(a));
+    EXPECT_EQ(log, std::vector<std::string>{"a:Selection Changed Event"});
+}
+
+TEST(event_manager, holding_queues_in_order)
+{
+    std::vector<std::string> log;
+    ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::create();
+    m->subscribe(idle(), recorder::create(log, "h"));
+    m->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "h"));
+    m->subscribe(ixo_event_direct3d_reset::create(), recorder::create(log, "h"));
+
+    m->hold(true);
+    m->hold(true); // a flag, not a count
+    EXPECT_TRUE(m->is_holding());
+    m->report(idle());
+    m->report(ixo_event_direct3d_reset::create());
+    m->report(ixo_event_request_redraw::create());
+    EXPECT_TRUE(log.empty());
+    m->hold(false);
+    EXPECT_FALSE(m->is_holding());
+    EXPECT_EQ(log, (std::vector<std::string>{"h:Application Idle Event", "h:Direct3D Reset Event",
+                                             "h:Request Redraw Event"}));
+    log.clear();
+    m->hold(false);
+    EXPECT_TRUE(log.empty());
+
+    // Events left queued when the manager goes are dropped without dispatch.
+    m->hold(true);
+    m->report(idle());
+    m = nullptr;
+    EXPECT_TRUE(log.empty());
+}
+
+TEST(event_manager, handlers_change_subscriptions_while_dispatching)
+{
+    std::vector<std::string> log;
+    int const alive_before = recorder::alive;
+    {
+        ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::create();
+        ixo_event_key self_key, next_key;
+        // Unsubscribes itself and the next record, and subscribes a new one, all during the
+        // dispatch of one event.
+        self_key = m->subscribe(
+            idle(), recorder::create(log, "first",
+                                     [&](auto)
+                                     {
+                                         EXPECT_TRUE(m->unsubscribe(self_key));
+                                         EXPECT_TRUE(m->unsubscribe(next_key));
+                                         m->subscribe(idle(), recorder::create(log, "late"));
+                                     }));
+        next_key = m->subscribe(idle(), recorder::create(log, "second"));
+        m->subscribe(idle(), recorder::create(log, "third"));
+
+        m->report(idle());
+        EXPECT_EQ(log, (std::vector<std::string>{"first:Application Idle Event",
+                                                 "third:Application Idle Event"}));
+        log.clear();
+        m->report(idle());
+        EXPECT_EQ(log, (std::vector<std::string>{"third:Application Idle Event",
+                                                 "late:Application Idle Event"}));
+        EXPECT_EQ(recorder::alive - alive_before, 2); // the two removed are gone
+
+        // A handler that removes every subscription, including its own, while it runs.
+        log.clear();
+        m->subscribe(idle(), recorder::create(log, "wipe", [&](auto) { m->unsubscribe_all(); }));
+        m->report(idle());
+        EXPECT_EQ(log.size(), 3u);
+        log.clear();
+        m->report(idle());
+        EXPECT_TRUE(log.empty());
+
+        // A handler that reports from inside a dispatch: the inner event is dispatched at
+        // once, inside the outer one.
+        m->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "redraw"));
+        m->subscribe(idle(), recorder::create(log, "outer",
+                                              [&](auto)
+                                              { m->report(ixo_event_request_redraw::create()); }));
+        m->subscribe(idle(), recorder::create(log, "after"));
+        m->report(idle());
+        EXPECT_EQ(log, (std::vector<std::string>{"outer:Application Idle Event",
+                                                 "redraw:Request Redraw Event",
+                                                 "after:Application Idle Event"}));
+    }
+    EXPECT_EQ(recorder::alive, alive_before);
+}
+
+TEST(event_manager, holding_again_while_the_queue_empties)
+{
+    std::vector<std::string> log;
+    ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::create();
+    // The reset handler starts holding again; the redraw handler ends that inner hold.
+    m->subscribe(ixo_event_direct3d_reset::create(),
+                 recorder::create(log, "h", [&](auto) { m->hold(true); }));
+    m->subscribe(idle(), recorder::create(log, "h"));
+    m->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "h"));
+
+    m->hold(true);
+    m->report(ixo_event_direct3d_reset::create());
+    m->report(idle());
+    m->report(ixo_event_request_redraw::create());
+    m->hold(false);
+    // The emptying stopped after the first event; the rest stays queued, in order.
+    EXPECT_TRUE(m->is_holding());
+    EXPECT_EQ(log, std::vector<std::string>{"h:Direct3D Reset Event"});
+    m->report(ixo_event_direct3d_resetting::create()); // queued behind them, nobody listens
+    m->report(idle());
+    log.clear();
+    m->hold(false);
+    EXPECT_EQ(log, (std::vector<std::string>{"h:Application Idle Event", "h:Request Redraw Event",
+                                             "h:Application Idle Event"}));
+
+    // A handler that holds and releases again while the queue empties: every event is
+    // dispatched exactly once, in order.
+    log.clear();
+    ixo_object_ptr<ixo_event_manager> n = ixo_event_manager::create();
+    n->subscribe(idle(), recorder::create(log, "toggle",
+                                          [&](auto)
+                                          {
+                                              n->hold(true);
+                                              n->hold(false);
+                                          }));
+    n->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "r"));
+    n->hold(true);
+    n->report(idle());
+    n->report(ixo_event_request_redraw::create());
+    n->report(idle());
+    n->hold(false);
+    EXPECT_EQ(log,
+              (std::vector<std::string>{"toggle:Application Idle Event", "r:Request Redraw Event",
+                                        "toggle:Application Idle Event"}));
+    EXPECT_FALSE(n->is_holding());
+}
+
+TEST(event_manager, application_event_manager)
+{
+    EXPECT_EQ(ixo_event_manager::get_app_event_manager(), nullptr);
+    ixo_request_redraw(); // not started: nothing happens
+
+    std::vector<std::string> log;
+    ixo_application::start(nullptr);
+    ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::get_app_event_manager();
+    ASSERT_TRUE(m);
+    EXPECT_EQ(m, ixo_application::instance()->get_event_manager());
+    m->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "view"));
+    ixo_request_redraw();
+    ixo_request_redraw();
+    EXPECT_EQ(log.size(), 2u);
+    ixo_application::end();
+    EXPECT_EQ(ixo_event_manager::get_app_event_manager(), nullptr);
+    // The application unsubscribed everything before it went.
+    log.clear();
+    m->report(ixo_event_request_redraw::create());
+    EXPECT_TRUE(log.empty());
+}

@@ -1,0 +1,235 @@
+#include <ixocore/app/application.h>
+#include <ixocore/core/selectable_object.h>
+#include <ixocore/core/string.h>
+#include <ixocore/events/event.h>
+#include <ixocore/events/event_manager.h>
+#include <ixocore/scene/selection.h>
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <vector>
+
+namespace
+{
+class item : public ixo_selectable_object
+{
+    IXO_TYPIFIED_DECLARE()
+
+public:
+    static ixo_object_ptr<item> create() { return new item; }
+
+private:
+    item() = default;
+    ~item() override = default;
+};
+IXO_TYPIFIED_DEFINE(item, IXO_TEXT("Test Item"))
+
+// Counts the selection events of one selection.
+class counter : public ixo_event_handler
+{
+public:
+    static ixo_object_ptr<counter> create(std::vector<char>& log, char tag)
+    {
+        return new counter(log, tag);
+    }
+    void on_event(ixo_object_ptr<ixo_event>) override { log_.push_back(tag_); }
+
+private:
+    counter(std::vector<char>& log, char tag) : log_(log), tag_(tag) {}
+    std::vector<char>& log_;
+    char tag_;
+};
+
+// Starts the library and logs '<' for changing and '>' for changed events of `selection`.
+class selection_events
+{
+public:
+    explicit selection_events(ixo_object_ptr<ixo_selection> const& selection)
+    {
+        ixo_application::start(nullptr);
+        auto m = ixo_event_manager::get_app_event_manager();
+        m->subscribe(ixo_event_selection_changing::create(selection), counter::create(log, '<'));
+        m->subscribe(ixo_event_selection_changed::create(selection), counter::create(log, '>'));
+    }
+    ~selection_events() { ixo_application::end(); }
+    std::string take()
+    {
+        std::string s(log.begin(), log.end());
+        log.clear();
+        return s;
+    }
+
+    std::vector<char> log;
+};
+
+std::set<item*> members(ixo_object_ptr<ixo_selection> const& s)
+{
+    std::set<item*> out;
+    for (auto o = s->get_first_object(); o; o = s->get_next_object())
+        out.insert(ixo_object_ptr<item>(o).get());
+    return out;
+}
+} // namespace
+
+TEST(selection, add_and_remove_with_events)
+{
+    ixo_object_ptr<ixo_selection> s = ixo_selection::create();
+    selection_events events(s);
+    ixo_object_ptr<item> a = item::create();
+    ixo_object_ptr<item> b = item::create();
+
+    EXPECT_TRUE(s->is_empty());
+    EXPECT_FALSE(a->is_selected());
+    EXPECT_TRUE(s->add_object(a));
+    EXPECT_TRUE(s->add_object(a)); // already there: stays once, still both events
+    EXPECT_EQ(s->get_count(), 1);
+    EXPECT_TRUE(a->is_selected());
+    EXPECT_EQ(events.take(), "<><>");
+
+    EXPECT_TRUE(s->add_object(nullptr));
+    EXPECT_TRUE(s->remove_object(b)); // not a member: ignored
+    EXPECT_TRUE(s->remove_object(nullptr));
+    EXPECT_EQ(events.take(), "");
+    EXPECT_FALSE(b->is_selected());
+
+    s->add_object(b);
+    EXPECT_EQ(s->get_count(), 2);
+    EXPECT_EQ(members(s), (std::set<item*>{a.get(), b.get()}));
+    EXPECT_TRUE(s->remove_object(a));
+    EXPECT_FALSE(a->is_selected());
+    EXPECT_TRUE(b->is_selected());
+    EXPECT_EQ(members(s), std::set<item*>{b.get()});
+    EXPECT_EQ(events.take(), "<><>");
+
+    // Events of another selection do not reach these subscriptions.
+    ixo_object_ptr<ixo_selection> other = ixo_selection::create();
+    other->add_object(a);
+    other->remove_all();
+    EXPECT_EQ(events.take(), "");
+
+    s->add_object(a);
+    EXPECT_TRUE(s->remove_all());
+    EXPECT_FALSE(a->is_selected());
+    EXPECT_FALSE(b->is_selected());
+    EXPECT_TRUE(s->is_empty());
+    EXPECT_TRUE(s->remove_all()); // empty: both events all the same
+    EXPECT_EQ(events.take(), "<><><>");
+}
+
+TEST(selection, events_see_the_state_before_and_after)
+{
+    ixo_object_ptr<ixo_selection> s = ixo_selection::create();
+    ixo_application::start(nullptr);
+    ixo_object_ptr<item> a = item::create();
+    std::vector<int> counts;
+    std::vector<bool> flags;
+    class probe : public ixo_event_handler
+    {
+    public:
+        probe(ixo_selection* s, item* a, std::vector<int>& c, std::vector<bool>& f)
+            : s_(s), a_(a), c_(c), f_(f)
+        {
+        }
+        void on_event(ixo_object_ptr<ixo_event>) override
+        {
+            c_.push_back(s_->get_count());
+            f_.push_back(a_->is_selected());
+        }
+        ixo_selection* s_;
+        item* a_;
+        std::vector<int>& c_;
+        std::vector<bool>& f_;
+    };
+    auto m = ixo_event_manager::get_app_event_manager();
+    m->subscribe(ixo_event_selection_changing::create(s),
+                 new probe(s.get(), a.get(), counts, flags));
+    m->subscribe(ixo_event_selection_changed::create(s),
+                 new probe(s.get(), a.get(), counts, flags));
+    s->add_object(a);
+    s->remove_object(a);
+    EXPECT_EQ(counts, (std::vector<int>{0, 1, 1, 0}));
+    EXPECT_EQ(flags, (std::vector<bool>{false, true, true, false}));
+    ixo_application::end();
+}
+
+TEST(selection, iteration_cursor)
+{
+    ixo_object_ptr<ixo_selection> s = ixo_selection::create();
+    EXPECT_FALSE(s->get_first_object());
+    EXPECT_FALSE(s->get_next_object());
+
+    std::vector<ixo_object_ptr<item>> items;
+    for (int i = 0; i < 4; ++i)
+    {
+        items.push_back(item::create());
+        s->add_object(items.back());
+    }
+    // Address order, each member once, then null for good.
+    std::vector<ixo_selectable_object*> seen;
+    for (auto o = s->get_first_object(); o; o = s->get_next_object())
+        seen.push_back(o.get());
+    ASSERT_EQ(seen.size(), 4u);
+    for (size_t i = 1; i < seen.size(); ++i)
+        EXPECT_TRUE(std::less<ixo_selectable_object*>{}(seen[i - 1], seen[i]));
+    EXPECT_FALSE(s->get_next_object());
+    EXPECT_FALSE(s->get_next_object());
+
+    // A change ends the walk instead of leaving the cursor on a removed member.
+    auto first = s->get_first_object();
+    s->remove_object(first);
+    EXPECT_FALSE(s->get_next_object());
+    EXPECT_EQ(members(s).size(), 3u);
+}
+
+TEST(selection, lifetime_of_members)
+{
+    ixo_object_ptr<item> a = item::create();
+    ixo_object_ptr<item> b = item::create();
+    ixo_selectable_object* raw = b.get();
+    unsigned long const b_id = b->id();
+    {
+        ixo_object_ptr<ixo_selection> s = ixo_selection::create();
+        s->add_object(a);
+        s->add_object(b);
+        b = nullptr; // the selection keeps it alive
+        EXPECT_EQ(ixo_object_from_id(b_id), static_cast<ixo_identifiable_object*>(raw));
+        EXPECT_TRUE(raw->is_selected());
+
+        // A copy shares the members and the cursor position.
+        ixo_object_ptr<ixo_selection> t = ixo_selection::create();
+        s->get_first_object();
+        *t = *s;
+        EXPECT_EQ(t->get_count(), 2);
+        EXPECT_EQ(t->get_next_object(), s->get_next_object());
+        EXPECT_FALSE(t->get_next_object());
+        t = nullptr; // clears the flags of its members
+        EXPECT_FALSE(a->is_selected());
+        s->remove_all();
+        EXPECT_EQ(ixo_object_from_id(b_id), nullptr);
+        s->add_object(a);
+        EXPECT_TRUE(a->is_selected());
+    }
+    // The selection's end clears the flag without events.
+    EXPECT_FALSE(a->is_selected());
+}
+
+TEST(selection, host_information)
+{
+    ixo_object_ptr<item> a = item::create();
+    ixo_vector4<long> info = a->get_information();
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(info[i], -1);
+    a->set_information({1, 2, 3, 4});
+    a->set_information_field(2, 30);
+    a->set_information_field(4, 99); // out of range: ignored
+    a->set_information_field(-1, 99);
+    info = a->get_information();
+    EXPECT_EQ(info[0], 1);
+    EXPECT_EQ(info[1], 2);
+    EXPECT_EQ(info[2], 30);
+    EXPECT_EQ(info[3], 4);
+    EXPECT_EQ(a->type(), item::static_type());
+    EXPECT_EQ(a->type_name().to_utf8(), "Test Item");
+    EXPECT_EQ(&a->type_name(), &item::static_type_name());
+}
