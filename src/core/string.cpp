@@ -38,6 +38,18 @@ void copy_units(ixo_wchar* to, ixo_wchar const* from, int n) noexcept
         std::memmove(to, from, static_cast<std::size_t>(n) * sizeof(ixo_wchar));
 }
 
+// -1, 0 or +1 in the order of the code units as unsigned numbers.
+int compare_units(ixo_wchar const* a, ixo_wchar const* b) noexcept
+{
+    for (;; ++a, ++b)
+    {
+        if (*a != *b)
+            return static_cast<unsigned>(*a) < static_cast<unsigned>(*b) ? -1 : 1;
+        if (*a == 0)
+            return 0;
+    }
+}
+
 void push_utf16(std::basic_string<ixo_wchar>& out, char32_t c)
 {
     if (c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF))
@@ -267,15 +279,7 @@ void ixo_string::resize(int n)
 
 int ixo_string::compare(ixo_string const& other) const noexcept
 {
-    ixo_wchar const* a = c_str();
-    ixo_wchar const* b = other.c_str();
-    for (;; ++a, ++b)
-    {
-        if (*a != *b)
-            return static_cast<unsigned>(*a) < static_cast<unsigned>(*b) ? -1 : 1;
-        if (*a == 0)
-            return 0;
-    }
+    return compare_units(c_str(), other.c_str());
 }
 
 int ixo_string::compare_no_case(ixo_string const& other) const noexcept
@@ -286,6 +290,14 @@ int ixo_string::compare_no_case(ixo_string const& other) const noexcept
 bool ixo_string::operator==(ixo_wchar const* text) const noexcept
 {
     return view() == std::basic_string_view<ixo_wchar>(text ? text : empty_text);
+}
+
+std::strong_ordering ixo_string::operator<=>(ixo_wchar const* text) const noexcept
+{
+    int const c = compare_units(c_str(), text ? text : empty_text);
+    return c < 0   ? std::strong_ordering::less
+           : c > 0 ? std::strong_ordering::greater
+                   : std::strong_ordering::equal;
 }
 
 int ixo_string::find(ixo_string const& s, int start) const noexcept
@@ -429,7 +441,7 @@ ixo_string ixo_string::right(int n) const
     return s;
 }
 
-bool ixo_string::format(ixo_wchar const* fmt, ...)
+bool ixo_string::format_args(ixo_wchar const* fmt, ...)
 {
     va_list args;
     va_start(args, fmt);

@@ -3,9 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <ostream>
 #include <set>
 #include <string>
 #include <unordered_set>
+
+// Readable failure messages.
+void PrintTo(ixo_string const& s, std::ostream* os)
+{
+    *os << '"' << s.to_utf8() << '"';
+}
 
 namespace
 {
@@ -241,6 +248,14 @@ TEST(ixo_string, comparison_orders)
     EXPECT_EQ(ixo_string(u"\uFFFF").compare(ixo_string(u"a")), 1);
     EXPECT_EQ(ixo_string(IXO_TEXT("ab")).compare(ixo_string(IXO_TEXT("abc"))), -1);
 
+    // Against literals, from either side.
+    EXPECT_TRUE(a == IXO_TEXT("a"));
+    EXPECT_TRUE(IXO_TEXT("B") != a);
+    EXPECT_TRUE(B < IXO_TEXT("a"));
+    EXPECT_TRUE(IXO_TEXT("a") > B);
+    EXPECT_TRUE(ixo_string() == static_cast<ixo_wchar const*>(nullptr));
+    EXPECT_TRUE(ixo_string() <= IXO_TEXT(""));
+
     std::set<ixo_string> names{ixo_string(IXO_TEXT("b")), ixo_string(IXO_TEXT("a")),
                                ixo_string(IXO_TEXT("B"))};
     EXPECT_EQ(*names.begin(), IXO_TEXT("B"));
@@ -259,6 +274,11 @@ TEST(ixo_string, format_sizes_exactly)
     EXPECT_EQ(s, IXO_TEXT("narrow| 3.14|42  |ff"));
     EXPECT_EQ(s.buffer_size(), s.length() + 1);
 
+    // ixo_string arguments are passed as their text.
+    ixo_string const name(IXO_TEXT("rotor"));
+    EXPECT_TRUE(s.format(IXO_TEXT("[%s:%c]"), name, u'R'));
+    EXPECT_EQ(s, IXO_TEXT("[rotor:R]"));
+
     // The format may be the string's own text.
     ixo_string self(IXO_TEXT("<%d>"));
     EXPECT_TRUE(self.format(self, 5));
@@ -266,9 +286,9 @@ TEST(ixo_string, format_sizes_exactly)
 
     // A rejected format leaves the string unchanged.
     EXPECT_FALSE(s.format(IXO_TEXT("%d %n"), 1, nullptr));
-    EXPECT_EQ(s, IXO_TEXT("narrow| 3.14|42  |ff"));
+    EXPECT_EQ(s, IXO_TEXT("[rotor:R]"));
     EXPECT_FALSE(s.format(IXO_TEXT("100%")));
-    EXPECT_EQ(s.length(), 20);
+    EXPECT_EQ(s.buffer_size(), 10);
 }
 
 TEST(ixo_string, case_and_reverse)

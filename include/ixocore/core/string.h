@@ -16,11 +16,13 @@
 #include <ixocore/core/api.h>
 #include <ixocore/core/wchar.h>
 
+#include <compare>
 #include <cstdarg>
 #include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 class IXO_API ixo_string
 {
@@ -97,6 +99,7 @@ public:
     // Against a literal (null counts as empty): avoids building a temporary string.
     bool operator==(ixo_wchar const* text) const noexcept;
     bool operator!=(ixo_wchar const* text) const noexcept { return !(*this == text); }
+    std::strong_ordering operator<=>(ixo_wchar const* text) const noexcept;
 
     // Index of the first occurrence of s (or c) at or after `start`, or -1. An empty s is
     // found at `start`. A start outside [0, length()] finds nothing; c = 0 is never found.
@@ -137,8 +140,12 @@ public:
     // runtime's wide rules: %s and %c take ixo_wchar text and characters, %S and %C narrow
     // ones, %ls/%ws wide and %hs narrow. The buffer is sized to the exact result. Returns
     // false and leaves the string unchanged when the format is rejected (unknown
-    // conversion, %n, a dangling %).
-    bool format(ixo_wchar const* fmt, ...);
+    // conversion, %n, a dangling %). An ixo_string argument is passed as its text; other
+    // class types are refused at compile time.
+    template <typename... Args> bool format(ixo_wchar const* fmt, Args const&... args)
+    {
+        return format_args(fmt, pass(args)...);
+    }
 
     // In-place case mapping under the current locale; nothing without buffer.
     void make_upper() noexcept;
@@ -163,6 +170,14 @@ public:
     std::string to_utf8() const;
 
 private:
+    static ixo_wchar const* pass(ixo_string const& s) noexcept { return s.c_str(); }
+    template <typename T> static T const& pass(T const& value) noexcept
+    {
+        static_assert(std::is_scalar_v<std::decay_t<T>>,
+                      "format takes numbers, pointers, characters and ixo_string");
+        return value;
+    }
+    bool format_args(ixo_wchar const* fmt, ...);
     bool format_list(ixo_wchar const* fmt, va_list args);
     // Takes ownership of a buffer of `size` code units (or none).
     void adopt(ixo_wchar* buffer, int size) noexcept;
