@@ -43,7 +43,9 @@ IXO_API double _wtof(ixo_wchar const* text);
 IXO_API int _wcsicmp(ixo_wchar const* a, ixo_wchar const* b);
 
 // Number of code units the wide formatting of `args` produces, terminator excluded, or -1
-// (errno EINVAL) when the format is null or invalid.
+// (errno EINVAL) when the format is null or invalid. Narrow text (%S, %hs, %C) is
+// converted under the current locale, its precision counting bytes; narrow text that does
+// not convert produces an empty field.
 IXO_API int _vscwprintf(ixo_wchar const* format, va_list args);
 IXO_API int _scwprintf(ixo_wchar const* format, ...);
 

@@ -234,6 +234,11 @@ TEST(crt, multibyte_conversions_in_utf8)
     EXPECT_STREQ(out, "\xE2\x82\xAC");
     EXPECT_EQ(wcstombs_s(&n, out, sizeof out, u"a\xDC00", _TRUNCATE), EILSEQ);
 
+    // Narrow text in a wide format is decoded as UTF-8; the precision counts bytes.
+    EXPECT_EQ(fmt(u"[%S][%.2S][%4hs]", "\xC3\xA9t\xC3\xA9", "\xC3\xA9t", "\xC3\xA9"),
+              u"[\u00E9t\u00E9][\u00E9][   \u00E9]");
+    EXPECT_EQ(fmt(u"[%S]", "a\xFF"), u"[]");
+
     // Case mapping follows the locale beyond ASCII.
     ixo_wchar text[] = u"\u00E9t\u00E9";
     EXPECT_EQ(_wcsupr_s(text, 4), 0);
