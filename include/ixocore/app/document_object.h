@@ -5,12 +5,12 @@
 
 #include <ixocore/core/api.h>
 #include <ixocore/core/object_ptr.h>
+#include <ixocore/core/property.h>
 #include <ixocore/core/selectable_object.h>
 
 #include <map>
 
 class ixo_document;
-class ixo_property;
 
 // Abstract: concrete classes supply type() and type_name().
 class IXO_API ixo_document_object : public ixo_selectable_object

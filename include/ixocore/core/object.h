@@ -62,8 +62,8 @@ IXO_API unsigned long ixo_assign_object_type();
 // Pair with IXO_TYPIFIED_DEFINE in the class's source file.
 #define IXO_TYPIFIED_DECLARE()                                                                     \
 public:                                                                                            \
-    static unsigned long static_type();                                                            \
-    static ixo_string const& static_type_name();                                                   \
+    [[maybe_unused]] static unsigned long static_type();                                           \
+    [[maybe_unused]] static ixo_string const& static_type_name();                                  \
     unsigned long type() const override;                                                           \
     ixo_string const& type_name() const override;                                                  \
                                                                                                    \
