@@ -21,7 +21,7 @@
 class IXO_API ixo_archive : public ixo_object
 {
 public:
-    enum mode
+    enum mode : int
     {
         mode_read = 0,
         mode_write = 1,
