@@ -79,9 +79,12 @@ bool ixo_document::remove(ixo_object_ptr<ixo_document_object> obj)
 void ixo_document::clear()
 {
     report(doc_changing);
+    // Walked over a snapshot: an on_remove hook may change the map.
+    std::vector<ixo_object_ptr<ixo_document_object>> all;
     for (auto const& [type, set] : objects_)
-        for (auto const& obj : set)
-            obj->on_remove(this);
+        all.insert(all.end(), set.begin(), set.end());
+    for (auto const& obj : all)
+        obj->on_remove(this);
     // Moved out first: releasing an object may run code that looks at this document.
     std::map<unsigned long, object_set> old = std::move(objects_);
     objects_.clear();
@@ -113,7 +116,9 @@ unsigned long ixo_document::get_next_type(unsigned long type)
 ixo_object_ptr<ixo_document_object> ixo_document::get_first_object_of_type(unsigned long type)
 {
     auto const of_type = objects_.find(type);
-    return of_type == objects_.end() ? nullptr : *of_type->second.begin();
+    if (of_type == objects_.end() || of_type->second.empty())
+        return nullptr;
+    return *of_type->second.begin();
 }
 
 ixo_object_ptr<ixo_document_object>

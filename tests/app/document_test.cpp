@@ -32,9 +32,12 @@ public:
     {
         hooks.push_back("remove " + std::to_string(id()));
         last_doc = doc.get();
+        if (also_on_remove)
+            also_on_remove(doc);
     }
 
     ixo_document* last_doc = nullptr;
+    std::function<void(ixo_object_ptr<ixo_document>)> also_on_remove;
 
 protected:
     part() = default;
@@ -285,6 +288,16 @@ TEST(document, changes_are_bracketed_by_events)
     EXPECT_EQ(std::count(hooks.begin(), hooks.end(), tag("remove", a)), 1);
     EXPECT_EQ(std::count(hooks.begin(), hooks.end(), tag("remove", b)), 1);
     EXPECT_EQ(a->last_doc, doc.get());
+
+    // A hook that changes the document while it is being cleared.
+    doc->add(a);
+    doc->add(b);
+    a->also_on_remove = [&](ixo_object_ptr<ixo_document> d) { d->remove(b); };
+    b->also_on_remove = [&](ixo_object_ptr<ixo_document> d) { d->remove(a); };
+    doc->clear();
+    a->also_on_remove = nullptr;
+    b->also_on_remove = nullptr;
+    EXPECT_EQ(doc->get_first_type(), ixo_invalid_object_type);
 
     // While the manager holds, the bracketing events wait and then arrive in order.
     log.clear();

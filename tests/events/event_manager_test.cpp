@@ -97,6 +97,14 @@ TEST(events, matching_by_type_and_payload)
     EXPECT_TRUE(idle()->is_matching(idle()));
     EXPECT_FALSE(idle()->is_matching(ixo_event_request_redraw::create()));
 
+    // Scene events match the same way; a selection stands in for the scene here.
+    ixo_object_ptr<ixo_event> scene_a = ixo_event_scene_changed::create<ixo_selection>(a);
+    EXPECT_TRUE(scene_a->is_matching(ixo_event_scene_changed::create<ixo_selection>(a)));
+    EXPECT_FALSE(scene_a->is_matching(ixo_event_scene_changed::create<ixo_selection>(nullptr)));
+    EXPECT_FALSE(scene_a->is_matching(ixo_event_scene_changing::create<ixo_selection>(a)));
+    EXPECT_FALSE(scene_a->is_matching(changed_a));
+    EXPECT_EQ(scene_a->type_name().to_utf8(), "Scene Changed Event");
+
     // The payload is held for the life of the event.
     ixo_selection* raw = b.get();
     b = nullptr;
