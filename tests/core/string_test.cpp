@@ -288,6 +288,7 @@ TEST(ixo_string, format_sizes_exactly)
     EXPECT_FALSE(s.format(IXO_TEXT("%d %n"), 1, nullptr));
     EXPECT_EQ(s, IXO_TEXT("[rotor:R]"));
     EXPECT_FALSE(s.format(IXO_TEXT("100%")));
+    EXPECT_FALSE(s.format(nullptr));
     EXPECT_EQ(s.buffer_size(), 10);
 }
 
