@@ -319,3 +319,23 @@ TEST(event_manager, application_event_manager)
     m->report(ixo_event_request_redraw::create());
     EXPECT_TRUE(log.empty());
 }
+
+TEST(event_manager, application_ends_inside_a_handler)
+{
+    std::vector<std::string> log;
+    ixo_application::start(nullptr);
+    ixo_object_ptr<ixo_selection> s = ixo_selection::create();
+    {
+        ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::get_app_event_manager();
+        m->subscribe(ixo_event_selection_changing::create(s),
+                     recorder::create(log, "ender", [](auto) { ixo_application::end(); }));
+        m->subscribe(ixo_event_selection_changing::create(s), recorder::create(log, "later"));
+        m->subscribe(ixo_event_selection_changed::create(s), recorder::create(log, "after"));
+    }
+    // The manager outlives the dispatch that ended its application; the rest of the change
+    // goes on without events.
+    s->remove_all();
+    EXPECT_EQ(ixo_application::instance(), nullptr);
+    EXPECT_EQ(log, std::vector<std::string>{"ender:Selection Changing Event"});
+    EXPECT_EQ(recorder::alive, 0);
+}
