@@ -59,7 +59,7 @@ IXO_API unsigned long ixo_assign_object_type();
 
 // Declares the type members of a concrete typed class: the lazily assigned m_type, the
 // display name m_type_name, static_type(), static_type_name() and the two overrides.
-// Pair with IXO_TYPIFIED_DEFINE in the class's source file.
+// Pair with IXO_TYPIFIED_DEFINE in the class's source file. Leaves the access at private.
 #define IXO_TYPIFIED_DECLARE()                                                                     \
 public:                                                                                            \
     [[maybe_unused]] static unsigned long static_type();                                           \
