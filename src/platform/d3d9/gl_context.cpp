@@ -1,0 +1,204 @@
+// EGL displays and OpenGL 4.5 core contexts: surfaceless (Mesa) or device platform when
+// headless, X11 when a window is to be shown.
+
+#include "d3d9_internal.h"
+
+#include <X11/Xlib.h>
+
+#include <cstring>
+
+namespace
+{
+
+bool has_extension(const char* list, const char* name)
+{
+    if (!list)
+        return false;
+    size_t n = std::strlen(name);
+    for (const char* p = list; (p = std::strstr(p, name)) != nullptr; p += n)
+    {
+        if ((p == list || p[-1] == ' ') && (p[n] == ' ' || p[n] == '\0'))
+            return true;
+    }
+    return false;
+}
+
+// Displays live for the process: EGL hands out one display per native display, and
+// terminating it would take the contexts of other devices with it.
+struct display_entry
+{
+    EGLDisplay display = EGL_NO_DISPLAY;
+    bool tried = false;
+};
+
+EGLDisplay headless_display()
+{
+    static display_entry entry;
+    if (entry.tried)
+        return entry.display;
+    entry.tried = true;
+    const char* client = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
+    EGLDisplay display = EGL_NO_DISPLAY;
+    if (has_extension(client, "EGL_MESA_platform_surfaceless"))
+        display =
+            eglGetPlatformDisplayEXT(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
+    if (display != EGL_NO_DISPLAY && !eglInitialize(display, nullptr, nullptr))
+        display = EGL_NO_DISPLAY;
+    if (display == EGL_NO_DISPLAY && has_extension(client, "EGL_EXT_platform_device") &&
+        has_extension(client, "EGL_EXT_device_enumeration"))
+    {
+        EGLDeviceEXT devices[8];
+        EGLint count = 0;
+        if (eglQueryDevicesEXT(8, devices, &count) && count > 0)
+        {
+            for (EGLint i = 0; i < count && display == EGL_NO_DISPLAY; ++i)
+            {
+                display = eglGetPlatformDisplayEXT(EGL_PLATFORM_DEVICE_EXT, devices[i], nullptr);
+                if (display != EGL_NO_DISPLAY && !eglInitialize(display, nullptr, nullptr))
+                    display = EGL_NO_DISPLAY;
+            }
+        }
+    }
+    entry.display = display;
+    return display;
+}
+
+EGLDisplay x11_display()
+{
+    static display_entry entry;
+    if (entry.tried)
+        return entry.display;
+    entry.tried = true;
+    const char* client = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
+    if (!has_extension(client, "EGL_EXT_platform_x11") &&
+        !has_extension(client, "EGL_KHR_platform_x11"))
+        return EGL_NO_DISPLAY;
+    Display* native = XOpenDisplay(nullptr);
+    if (!native)
+        return EGL_NO_DISPLAY;
+    EGLDisplay display = eglGetPlatformDisplayEXT(EGL_PLATFORM_X11_KHR, native, nullptr);
+    if (display != EGL_NO_DISPLAY && !eglInitialize(display, nullptr, nullptr))
+        display = EGL_NO_DISPLAY;
+    if (display == EGL_NO_DISPLAY)
+        XCloseDisplay(native);
+    entry.display = display;
+    return display;
+}
+
+thread_local EGLContext t_current = EGL_NO_CONTEXT;
+thread_local EGLSurface t_current_surface = EGL_NO_SURFACE;
+
+} // namespace
+
+std::unique_ptr<ixo_gl_context> ixo_gl_context::create(bool native_display_wanted)
+{
+    std::unique_ptr<ixo_gl_context> gl(new ixo_gl_context());
+    EGLDisplay display = EGL_NO_DISPLAY;
+    if (native_display_wanted)
+    {
+        display = x11_display();
+        gl->m_headless = display == EGL_NO_DISPLAY;
+    }
+    if (display == EGL_NO_DISPLAY)
+        display = headless_display();
+    if (display == EGL_NO_DISPLAY)
+        return nullptr;
+    gl->m_display = display;
+    if (!eglBindAPI(EGL_OPENGL_API))
+        return nullptr;
+
+    const EGLint config_attribs[] = {EGL_SURFACE_TYPE,
+                                     gl->m_headless ? EGL_PBUFFER_BIT : EGL_WINDOW_BIT,
+                                     EGL_RENDERABLE_TYPE,
+                                     EGL_OPENGL_BIT,
+                                     EGL_RED_SIZE,
+                                     8,
+                                     EGL_GREEN_SIZE,
+                                     8,
+                                     EGL_BLUE_SIZE,
+                                     8,
+                                     EGL_NONE};
+    EGLint count = 0;
+    EGLConfig config = nullptr;
+    if (!eglChooseConfig(display, config_attribs, &config, 1, &count) || count == 0)
+    {
+        const char* ext = eglQueryString(display, EGL_EXTENSIONS);
+        if (!gl->m_headless || !has_extension(ext, "EGL_KHR_no_config_context"))
+            return nullptr;
+        config = EGL_NO_CONFIG_KHR;
+    }
+    gl->m_config = config;
+    const EGLint context_attribs[] = {EGL_CONTEXT_MAJOR_VERSION,
+                                      4,
+                                      EGL_CONTEXT_MINOR_VERSION,
+                                      5,
+                                      EGL_CONTEXT_OPENGL_PROFILE_MASK,
+                                      EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT,
+                                      EGL_NONE};
+    gl->m_context = eglCreateContext(display, config, EGL_NO_CONTEXT, context_attribs);
+    if (gl->m_context == EGL_NO_CONTEXT)
+        return nullptr;
+    if (!eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, gl->m_context))
+        return nullptr;
+    t_current = gl->m_context;
+    t_current_surface = EGL_NO_SURFACE;
+    if (epoxy_gl_version() < 45)
+        return nullptr;
+    return gl;
+}
+
+ixo_gl_context::~ixo_gl_context()
+{
+    if (m_context != EGL_NO_CONTEXT)
+    {
+        if (t_current == m_context)
+        {
+            eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+            t_current = EGL_NO_CONTEXT;
+            t_current_surface = EGL_NO_SURFACE;
+        }
+        eglDestroyContext(m_display, m_context);
+    }
+}
+
+void ixo_gl_context::make_current()
+{
+    if (t_current == m_context && t_current_surface == m_current_surface)
+        return;
+    eglMakeCurrent(m_display, m_current_surface, m_current_surface, m_context);
+    t_current = m_context;
+    t_current_surface = m_current_surface;
+}
+
+EGLSurface ixo_gl_context::create_window_surface(HWND window)
+{
+    if (m_headless || !window)
+        return EGL_NO_SURFACE;
+    Window native = static_cast<Window>(reinterpret_cast<std::uintptr_t>(window));
+    return eglCreatePlatformWindowSurfaceEXT(m_display, m_config, &native, nullptr);
+}
+
+void ixo_gl_context::destroy_window_surface(EGLSurface surface)
+{
+    if (surface == EGL_NO_SURFACE)
+        return;
+    if (m_current_surface == surface)
+    {
+        m_current_surface = EGL_NO_SURFACE;
+        eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, m_context);
+        t_current = m_context;
+        t_current_surface = EGL_NO_SURFACE;
+    }
+    eglDestroySurface(m_display, surface);
+}
+
+void ixo_gl_context::use_surface(EGLSurface surface)
+{
+    m_current_surface = surface;
+    make_current();
+}
+
+bool ixo_gl_context::swap_buffers(EGLSurface surface)
+{
+    return surface != EGL_NO_SURFACE && eglSwapBuffers(m_display, surface) == EGL_TRUE;
+}

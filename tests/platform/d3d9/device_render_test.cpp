@@ -1,0 +1,639 @@
+// Renders headless through the Direct3D 9 stand-in and reads the pixels back.
+
+#include "d3d9_fixture.h"
+
+#include <cmath>
+#include <random>
+
+namespace
+{
+
+struct xyz_color
+{
+    float x, y, z;
+    D3DCOLOR c;
+};
+constexpr DWORD k_xyz_color = D3DFVF_XYZ | D3DFVF_DIFFUSE;
+
+struct rhw_color
+{
+    float x, y, z, rhw;
+    D3DCOLOR c;
+};
+constexpr DWORD k_rhw_color = D3DFVF_XYZRHW | D3DFVF_DIFFUSE;
+
+struct xyz_normal
+{
+    float x, y, z, nx, ny, nz;
+};
+
+// A screen-filling quad in clip space (identity transforms) at depth z as a strip.
+std::array<xyz_color, 4> quad(float z, D3DCOLOR c, float x0 = -1, float y0 = -1, float x1 = 1,
+                              float y1 = 1)
+{
+    return {{{x0, y1, z, c}, {x1, y1, z, c}, {x0, y0, z, c}, {x1, y0, z, c}}};
+}
+
+} // namespace
+
+using device_render = ixo_d3d9_fixture;
+
+TEST_F(device_render, clear_writes_blue_green_red_alpha_and_row_zero_is_the_top)
+{
+    ASSERT_EQ(device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER,
+                            D3DCOLOR_ARGB(0x40, 0x10, 0x20, 0x30), 1.f, 0),
+              D3D_OK);
+    // Only the top 8 rows get the second colour.
+    D3DRECT top = {0, 0, static_cast<LONG>(W), 8};
+    ASSERT_EQ(device->Clear(1, &top, D3DCLEAR_TARGET, D3DCOLOR_ARGB(0xff, 0xff, 0, 0), 1.f, 0),
+              D3D_OK);
+
+    D3DLOCKED_RECT lr{};
+    ASSERT_EQ(device->GetRenderTargetData(target, readback), D3D_OK);
+    ASSERT_EQ(readback->LockRect(&lr, nullptr, 0), D3D_OK);
+    const auto* row0 = static_cast<const std::uint8_t*>(lr.pBits);
+    const auto* last = row0 + (H - 1) * lr.Pitch;
+    EXPECT_GE(lr.Pitch, static_cast<INT>(W * 4));
+    EXPECT_EQ(row0[0], 0x00); // blue
+    EXPECT_EQ(row0[1], 0x00); // green
+    EXPECT_EQ(row0[2], 0xff); // red
+    EXPECT_EQ(row0[3], 0xff); // alpha
+    EXPECT_EQ(last[0], 0x30);
+    EXPECT_EQ(last[1], 0x20);
+    EXPECT_EQ(last[2], 0x10);
+    EXPECT_EQ(last[3], 0x40);
+    // A second lock while locked is refused; so is unlocking twice.
+    D3DLOCKED_RECT again{};
+    EXPECT_EQ(readback->LockRect(&again, nullptr, 0), D3DERR_INVALIDCALL);
+    EXPECT_EQ(readback->UnlockRect(), D3D_OK);
+    EXPECT_EQ(readback->UnlockRect(), D3DERR_INVALIDCALL);
+
+    // A sub-rectangle lock points at that pixel.
+    RECT r = {3, 10, 4, 11};
+    ASSERT_EQ(readback->LockRect(&lr, &r, D3DLOCK_READONLY), D3D_OK);
+    EXPECT_EQ(static_cast<const std::uint8_t*>(lr.pBits)[2], 0x10);
+    readback->UnlockRect();
+    RECT outside = {60, 0, 70, 4};
+    EXPECT_EQ(readback->LockRect(&lr, &outside, 0), D3DERR_INVALIDCALL);
+}
+
+TEST_F(device_render, pre_transformed_triangle_lands_on_the_pixels_it_names)
+{
+    device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff000000, 1.f, 0);
+    device->SetRenderState(D3DRS_LIGHTING, FALSE);
+    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+    device->SetFVF(k_rhw_color);
+    // A quad covering columns 10..19 and rows 4..11 (pixel centres on integers).
+    const D3DCOLOR c = D3DCOLOR_ARGB(255, 0, 255, 0);
+    rhw_color v[4] = {{9.5f, 3.5f, 0.f, 1.f, c},
+                      {19.5f, 3.5f, 0.f, 1.f, c},
+                      {9.5f, 11.5f, 0.f, 1.f, c},
+                      {19.5f, 11.5f, 0.f, 1.f, c}};
+    ASSERT_EQ(device->BeginScene(), D3D_OK);
+    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, v, sizeof(rhw_color)), D3D_OK);
+    ASSERT_EQ(device->EndScene(), D3D_OK);
+    auto p = read();
+    ASSERT_FALSE(p.empty());
+    int covered = 0;
+    for (UINT y = 0; y < H; ++y)
+        for (UINT x = 0; x < W; ++x)
+        {
+            bool inside = x >= 10 && x < 20 && y >= 4 && y < 12;
+            bool green = at(p, x, y).g == 255;
+            EXPECT_EQ(inside, green) << x << ", " << y;
+            covered += green;
+        }
+    EXPECT_EQ(covered, 80);
+}
+
+TEST_F(device_render, depth_test_and_depth_write)
+{
+    identity_transforms();
+    device->SetRenderState(D3DRS_LIGHTING, FALSE);
+    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+    device->SetRenderState(D3DRS_ZENABLE, D3DZB_TRUE);
+    device->SetFVF(k_xyz_color);
+    device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, 0xff000000, 1.f, 0);
+    device->BeginScene();
+    auto near_red = quad(0.25f, 0xffff0000, -1, -1, 0, 1); // left half, near
+    auto far_green = quad(0.75f, 0xff00ff00);              // whole target, far
+    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, near_red.data(), sizeof(xyz_color)),
+              D3D_OK);
+    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, far_green.data(), sizeof(xyz_color)),
+              D3D_OK);
+    // Without depth writes a near blue quad shows but leaves the depth as it was, so a
+    // yellow quad between the two still wins on the right half.
+    device->SetRenderState(D3DRS_ZWRITEENABLE, FALSE);
+    auto nearest_blue = quad(0.1f, 0xff0000ff, 0, -1, 1, 0); // bottom-right quarter
+    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, nearest_blue.data(), sizeof(xyz_color));
+    device->SetRenderState(D3DRS_ZWRITEENABLE, TRUE);
+    auto middle_yellow = quad(0.5f, 0xffffff00, 0, -1, 1, 1);
+    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, middle_yellow.data(), sizeof(xyz_color));
+    // With the depth test off the last quad covers everything.
+    device->EndScene();
+    auto p = read();
+    ASSERT_FALSE(p.empty());
+    EXPECT_TRUE(ixo_pixel_is(at(p, 5, 5), 255, 0, 0, 255));
+    EXPECT_TRUE(ixo_pixel_is(at(p, 5, H - 5), 255, 0, 0, 255));
+    EXPECT_TRUE(ixo_pixel_is(at(p, W - 5, 5), 255, 255, 0, 255));
+    EXPECT_TRUE(ixo_pixel_is(at(p, W - 5, H - 5), 255, 255, 0, 255));
+
+    device->SetRenderState(D3DRS_ZENABLE, D3DZB_FALSE);
+    auto far_cyan = quad(0.9f, 0xff00ffff);
+    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, far_cyan.data(), sizeof(xyz_color));
+    p = read();
+    EXPECT_TRUE(ixo_pixel_is(at(p, 5, 5), 0, 255, 255, 255));
+}
+
+TEST_F(device_render, cull_modes_follow_screen_winding)
+{
+    identity_transforms();
+    device->SetRenderState(D3DRS_LIGHTING, FALSE);
+    device->SetFVF(k_xyz_color);
+    // Left: clockwise on the screen (top-left, top-right, bottom-left).
+    // Right: counter-clockwise (top-left, bottom-left, top-right).
+    xyz_color cw[3] = {
+        {-1, 1, 0.5f, 0xffff0000}, {0, 1, 0.5f, 0xffff0000}, {-1, -1, 0.5f, 0xffff0000}};
+    xyz_color ccw[3] = {
+        {0, 1, 0.5f, 0xff00ff00}, {0, -1, 0.5f, 0xff00ff00}, {1, 1, 0.5f, 0xff00ff00}};
+    auto draw_both = [&](DWORD cull)
+    {
+        device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff000000, 1.f, 0);
+        device->SetRenderState(D3DRS_CULLMODE, cull);
+        device->DrawPrimitiveUP(D3DPT_TRIANGLELIST, 1, cw, sizeof(xyz_color));
+        device->DrawPrimitiveUP(D3DPT_TRIANGLELIST, 1, ccw, sizeof(xyz_color));
+        auto p = read();
+        return std::make_pair(at(p, 4, 4).r == 255, at(p, W / 2 + 4, 4).g == 255);
+    };
+    EXPECT_EQ(draw_both(D3DCULL_CW), std::make_pair(false, true));
+    EXPECT_EQ(draw_both(D3DCULL_CCW), std::make_pair(true, false));
+    EXPECT_EQ(draw_both(D3DCULL_NONE), std::make_pair(true, true));
+}
+
+TEST_F(device_render, alpha_blending_with_source_alpha_factors)
+{
+    identity_transforms();
+    device->SetRenderState(D3DRS_LIGHTING, FALSE);
+    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+    device->SetFVF(k_xyz_color);
+    device->Clear(0, nullptr, D3DCLEAR_TARGET, D3DCOLOR_ARGB(255, 0, 0, 200), 1.f, 0);
+    device->SetRenderState(D3DRS_ALPHABLENDENABLE, TRUE);
+    device->SetRenderState(D3DRS_SRCBLEND, D3DBLEND_SRCALPHA);
+    device->SetRenderState(D3DRS_DESTBLEND, D3DBLEND_INVSRCALPHA);
+    auto q = quad(0.5f, D3DCOLOR_ARGB(64, 255, 100, 0));
+    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_color)), D3D_OK);
+    auto p = read();
+    // result = src * a + dst * (1 - a), a = 64/255; alpha the same way.
+    double a = 64.0 / 255.0;
+    EXPECT_TRUE(ixo_pixel_is(at(p, 10, 10), static_cast<int>(std::lround(255 * a)),
+                             static_cast<int>(std::lround(100 * a)),
+                             static_cast<int>(std::lround(200 * (1 - a))),
+                             static_cast<int>(std::lround(64 * a + 255 * (1 - a)))));
+    // Blending off replaces.
+    device->SetRenderState(D3DRS_ALPHABLENDENABLE, FALSE);
+    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_color));
+    p = read();
+    EXPECT_TRUE(ixo_pixel_is(at(p, 10, 10), 255, 100, 0, 64, 0));
+}
+
+TEST_F(device_render, viewport_places_the_drawing_and_limits_clears)
+{
+    identity_transforms();
+    device->SetRenderState(D3DRS_LIGHTING, FALSE);
+    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+    device->SetFVF(k_xyz_color);
+    device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff000000, 1.f, 0);
+    D3DVIEWPORT9 vp = {40, 0, 20, 10, 0.f, 1.f};
+    ASSERT_EQ(device->SetViewport(&vp), D3D_OK);
+    D3DVIEWPORT9 back{};
+    device->GetViewport(&back);
+    EXPECT_EQ(back.X, 40u);
+    EXPECT_EQ(back.Width, 20u);
+    // A full clip-space quad fills exactly the viewport.
+    auto q = quad(0.5f, 0xffffffff);
+    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_color));
+    auto p = read();
+    int white = 0;
+    for (UINT y = 0; y < H; ++y)
+        for (UINT x = 0; x < W; ++x)
+        {
+            bool inside = x >= 40 && x < 60 && y < 10;
+            EXPECT_EQ(inside, at(p, x, y).r == 255) << x << ", " << y;
+            white += at(p, x, y).r == 255;
+        }
+    EXPECT_EQ(white, 200);
+    // The clear respects the viewport.
+    device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff00ff00, 1.f, 0);
+    p = read();
+    EXPECT_EQ(at(p, 45, 5).g, 255);
+    EXPECT_EQ(at(p, 45, 5).r, 0);
+    EXPECT_EQ(at(p, 5, 5).g, 0);
+    // Viewports outside the target are refused; setting the target resets the viewport.
+    D3DVIEWPORT9 bad = {60, 0, 20, 10, 0.f, 1.f};
+    EXPECT_EQ(device->SetViewport(&bad), D3DERR_INVALIDCALL);
+    device->SetRenderTarget(0, target);
+    device->GetViewport(&back);
+    EXPECT_EQ(back.X, 0u);
+    EXPECT_EQ(back.Width, W);
+    EXPECT_EQ(back.Height, H);
+}
+
+TEST_F(device_render, transforms_use_row_vectors_and_multiply_applies_the_new_matrix_first)
+{
+    D3DMATRIX world = identity();
+    world._41 = 0.5f; // translate x by 0.5
+    D3DMATRIX scale = identity();
+    scale._11 = 0.5f;
+    device->SetTransform(D3DTS_WORLD, &world);
+    ASSERT_EQ(device->MultiplyTransform(D3DTS_WORLD, &scale), D3D_OK);
+    D3DMATRIX got{};
+    device->GetTransform(D3DTS_WORLD, &got);
+    // scale first, then translate: x' = 0.5 x + 0.5
+    EXPECT_FLOAT_EQ(got._11, 0.5f);
+    EXPECT_FLOAT_EQ(got._41, 0.5f);
+    D3DMATRIX i = identity();
+    device->SetTransform(D3DTS_VIEW, &i);
+    device->SetTransform(D3DTS_PROJECTION, &i);
+    device->SetRenderState(D3DRS_LIGHTING, FALSE);
+    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+    device->SetFVF(k_xyz_color);
+    device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff000000, 1.f, 0);
+    // The quad x in [-1, 1] lands on [0, 1]: the right half; y = +1 is the top row.
+    auto q = quad(0.5f, 0xffffffff, -1, 0, 1, 1);
+    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_color));
+    auto p = read();
+    EXPECT_EQ(at(p, W / 4, H / 4).r, 0);
+    EXPECT_EQ(at(p, 3 * W / 4, H / 4).r, 255);
+    EXPECT_EQ(at(p, 3 * W / 4, 3 * H / 4).r, 0);
+    EXPECT_EQ(device->SetTransform(static_cast<D3DTRANSFORMSTATETYPE>(1), &i), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->GetTransform(D3DTS_WORLD, nullptr), D3DERR_INVALIDCALL);
+}
+
+TEST_F(device_render, lit_sphere_pixel_matches_the_lighting_equation)
+{
+    // A unit sphere at the origin seen from z = -5 (left-handed view), a point light at
+    // (2, 3, -4) with linear attenuation, material with ambient, diffuse, specular.
+    const int slices = 64, stacks = 32;
+    std::vector<xyz_normal> vertices;
+    std::vector<std::uint32_t> indices;
+    for (int i = 0; i <= stacks; ++i)
+    {
+        float phi = static_cast<float>(M_PI) * i / stacks;
+        for (int j = 0; j <= slices; ++j)
+        {
+            float theta = 2.f * static_cast<float>(M_PI) * j / slices;
+            float x = std::sin(phi) * std::cos(theta), y = std::cos(phi),
+                  z = std::sin(phi) * std::sin(theta);
+            vertices.push_back({x, y, z, x, y, z});
+        }
+    }
+    for (int i = 0; i < stacks; ++i)
+        for (int j = 0; j < slices; ++j)
+        {
+            std::uint32_t a = i * (slices + 1) + j, b = a + slices + 1;
+            indices.insert(indices.end(), {a, b, a + 1, a + 1, b, b + 1});
+        }
+    IDirect3DVertexBuffer9* vb = nullptr;
+    IDirect3DIndexBuffer9* ib = nullptr;
+    UINT vbytes = static_cast<UINT>(vertices.size() * sizeof(xyz_normal));
+    UINT ibytes = static_cast<UINT>(indices.size() * 4);
+    ASSERT_EQ(device->CreateVertexBuffer(vbytes, 0, D3DFVF_XYZ | D3DFVF_NORMAL, D3DPOOL_DEFAULT,
+                                         &vb, nullptr),
+              D3D_OK);
+    ASSERT_EQ(device->CreateIndexBuffer(ibytes, 0, D3DFMT_INDEX32, D3DPOOL_DEFAULT, &ib, nullptr),
+              D3D_OK);
+    void* data = nullptr;
+    ASSERT_EQ(vb->Lock(0, 0, &data, 0), D3D_OK);
+    std::memcpy(data, vertices.data(), vbytes);
+    ASSERT_EQ(vb->Lock(0, 0, &data, 0), D3DERR_INVALIDCALL);
+    vb->Unlock();
+    ASSERT_EQ(ib->Lock(0, 0, &data, 0), D3D_OK);
+    std::memcpy(data, indices.data(), ibytes);
+    ib->Unlock();
+
+    // View: camera at (0, 0, -5) looking along +z (left-handed), so view = translate(0,0,5).
+    D3DMATRIX view = identity();
+    view._43 = 5.f;
+    // Perspective (left-handed, fov 45 deg, aspect W/H, near 1, far 10).
+    float yscale = 1.f / std::tan(static_cast<float>(M_PI) / 8.f);
+    float xscale = yscale / (static_cast<float>(W) / H);
+    D3DMATRIX proj{};
+    proj._11 = xscale;
+    proj._22 = yscale;
+    proj._33 = 10.f / 9.f;
+    proj._34 = 1.f;
+    proj._43 = -10.f / 9.f;
+    D3DMATRIX world = identity();
+    device->SetTransform(D3DTS_WORLD, &world);
+    device->SetTransform(D3DTS_VIEW, &view);
+    device->SetTransform(D3DTS_PROJECTION, &proj);
+
+    D3DLIGHT9 light{};
+    light.Type = D3DLIGHT_POINT;
+    light.Position = {2.f, 3.f, -4.f};
+    light.Diffuse = {0.9f, 0.8f, 0.7f, 1.f};
+    light.Ambient = {0.1f, 0.1f, 0.1f, 1.f};
+    light.Specular = {0.5f, 0.5f, 0.5f, 1.f};
+    light.Attenuation0 = 1.f;
+    light.Attenuation1 = 0.05f;
+    light.Range = 100.f;
+    ASSERT_EQ(device->SetLight(0, &light), D3D_OK);
+    ASSERT_EQ(device->LightEnable(0, TRUE), D3D_OK);
+    D3DMATERIAL9 m{};
+    m.Diffuse = {0.6f, 0.5f, 0.4f, 1.f};
+    m.Ambient = {0.3f, 0.2f, 0.1f, 1.f};
+    m.Specular = {1.f, 1.f, 1.f, 1.f};
+    m.Power = 20.f;
+    ASSERT_EQ(device->SetMaterial(&m), D3D_OK);
+    D3DMATERIAL9 back{};
+    device->GetMaterial(&back);
+    EXPECT_EQ(back.Power, 20.f);
+    device->SetRenderState(D3DRS_LIGHTING, TRUE);
+    device->SetRenderState(D3DRS_AMBIENT, D3DCOLOR_XRGB(0x20, 0x20, 0x20));
+    device->SetRenderState(D3DRS_SPECULARENABLE, TRUE);
+    device->SetRenderState(D3DRS_NORMALIZENORMALS, TRUE);
+    device->SetRenderState(D3DRS_ZENABLE, D3DZB_TRUE);
+    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+    device->SetFVF(D3DFVF_XYZ | D3DFVF_NORMAL);
+    device->SetStreamSource(0, vb, 0, sizeof(xyz_normal));
+    device->SetIndices(ib);
+    device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, 0xff000000, 1.f, 0);
+    device->BeginScene();
+    ASSERT_EQ(device->DrawIndexedPrimitive(D3DPT_TRIANGLELIST, 0, 0,
+                                           static_cast<UINT>(vertices.size()), 0,
+                                           static_cast<UINT>(indices.size() / 3)),
+              D3D_OK);
+    device->EndScene();
+    auto p = read();
+
+    // The centre pixel sees the sphere point (0, 0, -1) with normal (0, 0, -1); the view
+    // direction from the point to the eye is (0, 0, -1).
+    auto expected =
+        [&](double px, double py, double pz, double nx, double ny, double nz, int channel)
+    {
+        double lx = 2 - px, ly = 3 - py, lz = -4 - pz;
+        double d = std::sqrt(lx * lx + ly * ly + lz * lz);
+        lx /= d, ly /= d, lz /= d;
+        double att = 1.0 / (1.0 + 0.05 * d);
+        double ndl = std::max(0.0, nx * lx + ny * ly + nz * lz);
+        double ex = -px, ey = -py, ez = -5 - pz;
+        double e = std::sqrt(ex * ex + ey * ey + ez * ez);
+        double hx = ex / e + lx, hy = ey / e + ly, hz = ez / e + lz;
+        double h = std::sqrt(hx * hx + hy * hy + hz * hz);
+        double ndh = (nx * hx + ny * hy + nz * hz) / h;
+        double md[3] = {0.6, 0.5, 0.4}, ma[3] = {0.3, 0.2, 0.1};
+        double ld[3] = {0.9, 0.8, 0.7};
+        double ga = 0x20 / 255.0;
+        double c = ma[channel] * (ga + att * 0.1) + md[channel] * att * ndl * ld[channel];
+        double s = ndl > 0 && ndh > 0 ? att * std::pow(ndh, 20.0) * 0.5 : 0.0;
+        return static_cast<int>(std::lround(std::min(1.0, std::min(1.0, c) + s) * 255.0));
+    };
+    ixo_test_pixel centre = at(p, W / 2, H / 2);
+    // Pixel (W/2, H/2) has its centre a half pixel off the axis; the surface there is
+    // within 1/100 of (0, 0, -1), far below one level of 8-bit colour after rounding.
+    EXPECT_TRUE(ixo_pixel_is(centre, expected(0, 0, -1, 0, 0, -1, 0),
+                             expected(0, 0, -1, 0, 0, -1, 1), expected(0, 0, -1, 0, 0, -1, 2), 255,
+                             3));
+    // Corners are background.
+    EXPECT_TRUE(ixo_pixel_is(at(p, 0, 0), 0, 0, 0, 255, 0));
+    // Beyond the range the light contributes nothing: only global ambient is left.
+    light.Range = 1.f;
+    device->SetLight(0, &light);
+    device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, 0xff000000, 1.f, 0);
+    device->DrawIndexedPrimitive(D3DPT_TRIANGLELIST, 0, 0, static_cast<UINT>(vertices.size()), 0,
+                                 static_cast<UINT>(indices.size() / 3));
+    p = read();
+    EXPECT_TRUE(ixo_pixel_is(at(p, W / 2, H / 2), static_cast<int>(std::lround(0.3 * 0x20)),
+                             static_cast<int>(std::lround(0.2 * 0x20)),
+                             static_cast<int>(std::lround(0.1 * 0x20)), 255));
+    // An index past the end of the vertex buffer is refused rather than read.
+    EXPECT_EQ(device->DrawIndexedPrimitive(D3DPT_TRIANGLELIST, 1, 0, 0, 0,
+                                           static_cast<UINT>(indices.size() / 3)),
+              D3DERR_INVALIDCALL);
+    IDirect3DIndexBuffer9* current = nullptr;
+    ASSERT_EQ(device->GetIndices(&current), D3D_OK);
+    EXPECT_EQ(current, ib);
+    current->Release();
+    vb->Release();
+    ib->Release();
+    // Released buffers are no longer bound.
+    ASSERT_EQ(device->GetIndices(&current), D3D_OK);
+    EXPECT_EQ(current, nullptr);
+}
+
+TEST_F(device_render, emissive_identifiers_read_back_exactly)
+{
+    // Lighting on, the emissive term alone carries each identifier as a colour, as the
+    // picking pass draws it.
+    identity_transforms();
+    device->SetRenderState(D3DRS_LIGHTING, TRUE);
+    device->SetRenderState(D3DRS_AMBIENT, 0);
+    device->SetRenderState(D3DRS_ALPHABLENDENABLE, FALSE);
+    device->SetRenderState(D3DRS_COLORVERTEX, TRUE);
+    device->SetRenderState(D3DRS_EMISSIVEMATERIALSOURCE, D3DMCS_MATERIAL);
+    device->SetRenderState(D3DRS_SPECULARENABLE, TRUE);
+    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+    D3DLIGHT9 light{};
+    light.Type = D3DLIGHT_POINT;
+    light.Position = {0.f, 0.f, -3.f};
+    light.Diffuse = light.Specular = light.Ambient = {1.f, 1.f, 1.f, 1.f};
+    light.Attenuation0 = 1.f;
+    light.Range = 1e19f;
+    device->SetLight(0, &light);
+    device->LightEnable(0, TRUE);
+    device->SetFVF(D3DFVF_XYZ | D3DFVF_NORMAL);
+    std::mt19937 random(12345);
+    std::uniform_int_distribution<std::uint32_t> ids(1, 0xffffff);
+    // 1000 identifiers, 40 per frame in 8 x 5 cells of 8 x 8 pixels... drawn in 25 frames.
+    const int cols = 8, rows = 5;
+    std::vector<std::uint32_t> drawn;
+    int wrong = 0;
+    while (drawn.size() < 1000)
+    {
+        device->Clear(0, nullptr, D3DCLEAR_TARGET, 0, 1.f, 0);
+        std::vector<std::uint32_t> frame;
+        for (int c = 0; c < rows * cols && drawn.size() + frame.size() < 1000; ++c)
+        {
+            std::uint32_t id = ids(random);
+            frame.push_back(id);
+            D3DMATERIAL9 m{};
+            m.Emissive = {(id & 0xff) / 255.f, ((id >> 8) & 0xff) / 255.f,
+                          ((id >> 16) & 0xff) / 255.f, 0.f};
+            device->SetMaterial(&m);
+            float x0 = -1.f + 2.f * (c % cols) / cols, x1 = x0 + 2.f / cols;
+            float y1 = 1.f - 2.f * (c / cols) / rows, y0 = y1 - 2.f / rows;
+            xyz_normal v[4] = {{x0, y1, 0.5f, 0, 0, -1},
+                               {x1, y1, 0.5f, 0, 0, -1},
+                               {x0, y0, 0.5f, 0, 0, -1},
+                               {x1, y0, 0.5f, 0, 0, -1}};
+            device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, v, sizeof(xyz_normal));
+        }
+        auto p = read();
+        for (size_t c = 0; c < frame.size(); ++c)
+        {
+            UINT x = static_cast<UINT>((c % cols) * W / cols + W / cols / 2);
+            UINT y = static_cast<UINT>((c / cols) * H / rows + H / rows / 2);
+            ixo_test_pixel px = at(p, x, y);
+            std::uint32_t back = (std::uint32_t(px.a) << 24) | (std::uint32_t(px.b) << 16) |
+                                 (std::uint32_t(px.g) << 8) | px.r;
+            wrong += back != frame[c];
+        }
+        drawn.insert(drawn.end(), frame.begin(), frame.end());
+    }
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(device_render, stretch_rect_into_a_sub_rectangle)
+{
+    IDirect3DSurface9* source = nullptr;
+    ASSERT_EQ(device->CreateRenderTarget(4, 2, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE,
+                                         &source, nullptr),
+              D3D_OK);
+    device->SetRenderTarget(0, source);
+    device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xffff0000, 1.f, 0);
+    D3DRECT right = {2, 0, 4, 2};
+    device->Clear(1, &right, D3DCLEAR_TARGET, 0xff0000ff, 1.f, 0);
+    device->SetRenderTarget(0, target);
+    device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff000000, 1.f, 0);
+    // 4 x 2 source into the 8 x 4 rectangle at (10, 20): each source pixel becomes 2 x 2.
+    RECT dest = {10, 20, 18, 24};
+    ASSERT_EQ(device->StretchRect(source, nullptr, target, &dest, D3DTEXF_NONE), D3D_OK);
+    auto p = read();
+    EXPECT_TRUE(ixo_pixel_is(at(p, 10, 20), 255, 0, 0, 255, 0));
+    EXPECT_TRUE(ixo_pixel_is(at(p, 13, 23), 255, 0, 0, 255, 0));
+    EXPECT_TRUE(ixo_pixel_is(at(p, 14, 20), 0, 0, 255, 255, 0));
+    EXPECT_TRUE(ixo_pixel_is(at(p, 17, 23), 0, 0, 255, 255, 0));
+    EXPECT_TRUE(ixo_pixel_is(at(p, 9, 20), 0, 0, 0, 255, 0));
+    EXPECT_TRUE(ixo_pixel_is(at(p, 18, 20), 0, 0, 0, 255, 0));
+    EXPECT_TRUE(ixo_pixel_is(at(p, 10, 19), 0, 0, 0, 255, 0));
+    EXPECT_TRUE(ixo_pixel_is(at(p, 10, 24), 0, 0, 0, 255, 0));
+    // Rectangles outside a surface and system-memory sources are refused.
+    RECT outside = {60, 40, 70, 50};
+    EXPECT_EQ(device->StretchRect(source, nullptr, target, &outside, D3DTEXF_NONE),
+              D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->StretchRect(readback, nullptr, target, nullptr, D3DTEXF_NONE),
+              D3DERR_INVALIDCALL);
+    source->Release();
+}
+
+TEST_F(device_render, r32f_render_target_keeps_floats)
+{
+    IDirect3DTexture9* map = nullptr;
+    ASSERT_EQ(device->CreateTexture(W, H, 1, D3DUSAGE_RENDERTARGET, D3DFMT_R32F, D3DPOOL_DEFAULT,
+                                    &map, nullptr),
+              D3D_OK);
+    D3DSURFACE_DESC desc{};
+    ASSERT_EQ(map->GetLevelDesc(0, &desc), D3D_OK);
+    EXPECT_EQ(desc.Format, D3DFMT_R32F);
+    EXPECT_EQ(desc.Width, W);
+    IDirect3DSurface9* level = nullptr;
+    ASSERT_EQ(map->GetSurfaceLevel(0, &level), D3D_OK);
+    ASSERT_EQ(device->SetRenderTarget(0, level), D3D_OK);
+    device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, 0xffffffff, 1.f, 0);
+    identity_transforms();
+    device->SetRenderState(D3DRS_LIGHTING, FALSE);
+    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+    device->SetFVF(k_xyz_color);
+    auto q = quad(0.5f, D3DCOLOR_ARGB(255, 64, 0, 0), -1, -1, 0, 1);
+    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_color));
+    IDirect3DSurface9* copy = nullptr;
+    ASSERT_EQ(
+        device->CreateOffscreenPlainSurface(W, H, D3DFMT_R32F, D3DPOOL_SYSTEMMEM, &copy, nullptr),
+        D3D_OK);
+    // Formats must match for the copy.
+    EXPECT_EQ(device->GetRenderTargetData(level, readback), D3DERR_INVALIDCALL);
+    ASSERT_EQ(device->GetRenderTargetData(level, copy), D3D_OK);
+    D3DLOCKED_RECT lr{};
+    ASSERT_EQ(copy->LockRect(&lr, nullptr, D3DLOCK_READONLY), D3D_OK);
+    EXPECT_EQ(lr.Pitch, static_cast<INT>(W * 4));
+    const float* row = static_cast<const float*>(lr.pBits);
+    EXPECT_FLOAT_EQ(row[1], 64.f / 255.f);
+    EXPECT_FLOAT_EQ(row[W - 1], 1.f);
+    copy->UnlockRect();
+    copy->Release();
+    // The level surface shares the texture's count: the texture lives while it is held.
+    map->Release();
+    D3DSURFACE_DESC ld{};
+    EXPECT_EQ(level->GetDesc(&ld), D3D_OK);
+    EXPECT_EQ(ld.Format, D3DFMT_R32F);
+    device->SetRenderTarget(0, target);
+    level->Release();
+}
+
+TEST_F(device_render, bad_calls_answer_invalid_call)
+{
+    IDirect3DSurface9* s = nullptr;
+    IDirect3DTexture9* t = nullptr;
+    IDirect3DVertexBuffer9* vb = nullptr;
+    IDirect3DIndexBuffer9* ib = nullptr;
+    EXPECT_EQ(device->CreateRenderTarget(0, 4, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE, &s,
+                                         nullptr),
+              D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->CreateRenderTarget(4, 4, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE,
+                                         nullptr, nullptr),
+              D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->CreateRenderTarget(1u << 20, 4, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0,
+                                         FALSE, &s, nullptr),
+              D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->CreateRenderTarget(4, 4, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_4_SAMPLES, 0, FALSE,
+                                         &s, nullptr),
+              D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->CreateDepthStencilSurface(4, 4, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, TRUE,
+                                                &s, nullptr),
+              D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->CreateTexture(4, 4, 1, 0, static_cast<D3DFORMAT>(12345), D3DPOOL_MANAGED, &t,
+                                    nullptr),
+              D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->CreateTexture(4, 4, 9, 0, D3DFMT_A8R8G8B8, D3DPOOL_MANAGED, &t, nullptr),
+              D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->CreateVertexBuffer(0, 0, 0x12, D3DPOOL_DEFAULT, &vb, nullptr),
+              D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->CreateIndexBuffer(16, 0, D3DFMT_A8R8G8B8, D3DPOOL_DEFAULT, &ib, nullptr),
+              D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->SetTransform(D3DTS_WORLD, nullptr), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->SetMaterial(nullptr), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->SetLight(0, nullptr), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->GetLight(7, nullptr), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->Clear(1, nullptr, D3DCLEAR_TARGET, 0, 1.f, 0), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->EndScene(), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->BeginScene(), D3D_OK);
+    EXPECT_EQ(device->BeginScene(), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->EndScene(), D3D_OK);
+    EXPECT_EQ(device->GetRenderTargetData(target, nullptr), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->SetRenderTarget(0, nullptr), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->SetRenderTarget(0, depth), D3DERR_INVALIDCALL);
+
+    // Unsupported vertex formats, missing streams and zero counts do not draw.
+    float v[12] = {};
+    device->SetFVF(D3DFVF_XYZ | D3DFVF_SPECULAR);
+    EXPECT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLELIST, 1, v, 16), D3DERR_INVALIDCALL);
+    device->SetFVF(D3DFVF_XYZ);
+    EXPECT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLELIST, 0, v, 12), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLELIST, 1, nullptr, 12), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLELIST, 1, v, 8), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->DrawPrimitive(D3DPT_TRIANGLELIST, 0, 1), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->DrawPrimitiveUP(static_cast<D3DPRIMITIVETYPE>(99), 1, v, 12),
+              D3DERR_INVALIDCALL);
+
+    // A buffer too small for the draw, and buffer locks out of range.
+    ASSERT_EQ(device->CreateVertexBuffer(36, 0, D3DFVF_XYZ, D3DPOOL_MANAGED, &vb, nullptr), D3D_OK);
+    device->SetStreamSource(0, vb, 0, 12);
+    EXPECT_EQ(device->DrawPrimitive(D3DPT_TRIANGLELIST, 0, 1), D3D_OK);
+    EXPECT_EQ(device->DrawPrimitive(D3DPT_TRIANGLELIST, 1, 1), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->DrawPrimitive(D3DPT_TRIANGLESTRIP, 0, 2), D3DERR_INVALIDCALL);
+    void* data = nullptr;
+    EXPECT_EQ(vb->Lock(30, 10, &data, 0), D3DERR_INVALIDCALL);
+    EXPECT_EQ(vb->Lock(0, 0, nullptr, 0), D3DERR_INVALIDCALL);
+    EXPECT_EQ(vb->Unlock(), D3DERR_INVALIDCALL);
+    ASSERT_EQ(vb->Lock(12, 0, &data, 0), D3D_OK);
+    vb->Unlock();
+    D3DVERTEXBUFFER_DESC vd{};
+    vb->GetDesc(&vd);
+    EXPECT_EQ(vd.Size, 36u);
+    EXPECT_EQ(vd.FVF, static_cast<DWORD>(D3DFVF_XYZ));
+    vb->Release();
+    // A depth surface cannot be locked.
+    D3DLOCKED_RECT lr{};
+    EXPECT_EQ(depth->LockRect(&lr, nullptr, 0), D3DERR_INVALIDCALL);
+    EXPECT_EQ(target->LockRect(&lr, nullptr, 0), D3DERR_INVALIDCALL);
+}
