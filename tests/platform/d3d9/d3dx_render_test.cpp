@@ -1,0 +1,563 @@
+// D3DX helpers drawn on a headless device and read back.
+
+#include <ixocore/platform/d3dx9.h>
+
+#include <gtest/gtest.h>
+
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#define STB_IMAGE_WRITE_STATIC
+#include <stb/stb_image_write.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+
+UINT const size = 64;
+
+struct pixel
+{
+    unsigned char b, g, r, a;
+};
+
+class d3dx_render : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        d3d_ = Direct3DCreate9(D3D_SDK_VERSION);
+        ASSERT_NE(d3d_, nullptr);
+        D3DPRESENT_PARAMETERS pp{};
+        pp.BackBufferWidth = size;
+        pp.BackBufferHeight = size;
+        pp.BackBufferFormat = D3DFMT_A8R8G8B8;
+        pp.SwapEffect = D3DSWAPEFFECT_DISCARD;
+        pp.Windowed = TRUE;
+        pp_ = pp;
+        ASSERT_EQ(d3d_->CreateDevice(0, D3DDEVTYPE_HAL, nullptr,
+                                     D3DCREATE_HARDWARE_VERTEXPROCESSING, &pp_, &dev_),
+                  D3D_OK);
+        make_target();
+    }
+
+    void TearDown() override
+    {
+        release_target();
+        if (dev_ != nullptr)
+            dev_->Release();
+        if (d3d_ != nullptr)
+            d3d_->Release();
+    }
+
+    void make_target()
+    {
+        ASSERT_EQ(dev_->CreateRenderTarget(size, size, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0,
+                                           FALSE, &rt_, nullptr),
+                  D3D_OK);
+        ASSERT_EQ(dev_->CreateOffscreenPlainSurface(size, size, D3DFMT_A8R8G8B8, D3DPOOL_SYSTEMMEM,
+                                                    &readback_, nullptr),
+                  D3D_OK);
+        ASSERT_EQ(dev_->SetRenderTarget(0, rt_), D3D_OK);
+    }
+
+    void release_target()
+    {
+        if (readback_ != nullptr)
+            readback_->Release();
+        if (rt_ != nullptr)
+            rt_->Release();
+        readback_ = nullptr;
+        rt_ = nullptr;
+    }
+
+    void clear(D3DCOLOR c = 0xFF000000)
+    {
+        ASSERT_EQ(dev_->Clear(0, nullptr, D3DCLEAR_TARGET, c, 1.0f, 0), D3D_OK);
+    }
+
+    // The target's pixels, row 0 at the top.
+    std::vector<pixel> read()
+    {
+        std::vector<pixel> out(size * size);
+        EXPECT_EQ(dev_->GetRenderTargetData(rt_, readback_), D3D_OK);
+        D3DLOCKED_RECT lr{};
+        EXPECT_EQ(readback_->LockRect(&lr, nullptr, D3DLOCK_READONLY), D3D_OK);
+        if (lr.pBits == nullptr)
+            return out;
+        for (UINT y = 0; y < size; ++y)
+            std::memcpy(&out[y * size], static_cast<char*>(lr.pBits) + y * lr.Pitch, size * 4);
+        readback_->UnlockRect();
+        return out;
+    }
+
+    static pixel at(std::vector<pixel> const& img, int x, int y) { return img[y * size + x]; }
+    static bool lit(pixel p) { return p.r > 0 || p.g > 0 || p.b > 0; }
+
+    IDirect3D9* d3d_ = nullptr;
+    IDirect3DDevice9* dev_ = nullptr;
+    D3DPRESENT_PARAMETERS pp_{};
+    IDirect3DSurface9* rt_ = nullptr;
+    IDirect3DSurface9* readback_ = nullptr;
+};
+
+std::u16string wide(std::string const& s)
+{
+    return std::u16string(s.begin(), s.end());
+}
+
+} // namespace
+
+TEST_F(d3dx_render, polyline_outlines_a_rectangle)
+{
+    ID3DXLine* line = nullptr;
+    ASSERT_EQ(D3DXCreateLine(dev_, &line), D3D_OK);
+    EXPECT_EQ(line->GetWidth(), 1.0f);
+    clear();
+    ASSERT_EQ(dev_->BeginScene(), D3D_OK);
+    D3DXVECTOR2 const pts[5] = {{10, 10}, {50, 10}, {50, 40}, {10, 40}, {10, 10}};
+    ASSERT_EQ(line->Draw(pts, 5, 0xFFFF0000), D3D_OK);
+    ASSERT_EQ(dev_->EndScene(), D3D_OK);
+    auto img = read();
+    int count = 0;
+    for (pixel p : img)
+        if (lit(p))
+        {
+            ++count;
+            EXPECT_EQ(p.r, 255);
+            EXPECT_EQ(p.g, 0);
+        }
+    // Four one-pixel edges: 2 * (40 + 30) pixels, give or take the corners.
+    EXPECT_NEAR(count, 140, 4);
+    EXPECT_TRUE(lit(at(img, 30, 10)));
+    EXPECT_TRUE(lit(at(img, 30, 40)));
+    EXPECT_TRUE(lit(at(img, 10, 25)));
+    EXPECT_TRUE(lit(at(img, 50, 25)));
+    EXPECT_FALSE(lit(at(img, 30, 25)));
+    EXPECT_FALSE(lit(at(img, 30, 8)));
+    EXPECT_FALSE(lit(at(img, 30, 12)));
+    EXPECT_FALSE(lit(at(img, 8, 25)));
+    EXPECT_FALSE(lit(at(img, 52, 25)));
+
+    // Five pixels wide: rows 8..12 along the top edge.
+    ASSERT_EQ(line->SetWidth(5), D3D_OK);
+    EXPECT_EQ(line->SetWidth(0), D3DERR_INVALIDCALL);
+    clear();
+    dev_->BeginScene();
+    ASSERT_EQ(line->Draw(pts, 2, 0xFF00FF00), D3D_OK);
+    dev_->EndScene();
+    img = read();
+    for (int y = 6; y <= 14; ++y)
+        EXPECT_EQ(lit(at(img, 30, y)), y >= 8 && y <= 12) << y;
+
+    // Through a transform: clip-space x from -0.5 to 0.5 at y = 0 is the middle row from
+    // pixel 16 to 48; a point behind the eye drops its segment.
+    ASSERT_EQ(line->SetWidth(1), D3D_OK);
+    D3DXMATRIX identity;
+    D3DXMatrixIdentity(&identity);
+    D3DXVECTOR3 const world[3] = {{-0.5f, 0, 0.5f}, {0.5f, 0, 0.5f}, {0.5f, 0.5f, 0.5f}};
+    D3DXMATRIX behind = identity;
+    clear();
+    dev_->BeginScene();
+    ASSERT_EQ(line->Begin(), D3D_OK);
+    ASSERT_EQ(line->DrawTransform(world, 2, &identity, 0xFF0000FF), D3D_OK);
+    behind._44 = -1; // every point gets w = -1
+    ASSERT_EQ(line->DrawTransform(world + 1, 2, &behind, 0xFF0000FF), D3D_OK);
+    ASSERT_EQ(line->End(), D3D_OK);
+    dev_->EndScene();
+    img = read();
+    EXPECT_TRUE(lit(at(img, 32, 32)));
+    EXPECT_TRUE(lit(at(img, 17, 32)));
+    EXPECT_TRUE(lit(at(img, 47, 32)));
+    EXPECT_FALSE(lit(at(img, 12, 32)));
+    EXPECT_FALSE(lit(at(img, 52, 32)));
+    EXPECT_FALSE(lit(at(img, 48, 24)));
+    EXPECT_EQ(at(img, 32, 32).b, 255);
+
+    EXPECT_EQ(line->Draw(nullptr, 3, 0), D3DERR_INVALIDCALL);
+    EXPECT_EQ(line->End(), D3DERR_INVALIDCALL);
+    line->Release();
+}
+
+TEST_F(d3dx_render, text_is_measured_and_drawn_inside_its_rectangle)
+{
+    HDC dc = GetWindowDC(nullptr);
+    int const height = -MulDiv(9, GetDeviceCaps(dc, LOGPIXELSY), 72);
+    ReleaseDC(nullptr, dc);
+    ID3DXFont* font = nullptr;
+    ASSERT_EQ(D3DXCreateFontW(dev_, height, 0, FW_NORMAL, 0, FALSE, DEFAULT_CHARSET,
+                              OUT_DEFAULT_PRECIS, NONANTIALIASED_QUALITY, 0, u"Segoe UI", &font),
+              D3D_OK);
+    D3DXFONT_DESCW desc{};
+    ASSERT_EQ(font->GetDescW(&desc), D3D_OK);
+    EXPECT_EQ(desc.Height, -12);
+    EXPECT_EQ(std::u16string(desc.FaceName), u"Segoe UI");
+
+    RECT m{0, 0, 0, 0};
+    INT h = font->DrawTextW(nullptr, u"Hello", -1, &m, DT_CALCRECT, 0);
+    EXPECT_EQ(h, m.bottom);
+    EXPECT_GT(m.right, 20);
+    EXPECT_LT(m.right, 50);
+    EXPECT_GE(m.bottom, 12);
+    EXPECT_LE(m.bottom, 18);
+    RECT two{0, 0, 0, 0};
+    EXPECT_EQ(font->DrawTextW(nullptr, u"Hello\nHello world", -1, &two, DT_CALCRECT, 0),
+              2 * m.bottom);
+    EXPECT_GT(two.right, m.right);
+    RECT part{0, 0, 0, 0};
+    font->DrawTextW(nullptr, u"Hello world", 5, &part, DT_CALCRECT, 0);
+    EXPECT_EQ(part.right, m.right);
+
+    // Drawn at (10, 20): every lit pixel lies in the measured rectangle, in the colour.
+    clear();
+    dev_->BeginScene();
+    RECT r{10, 20, 10 + m.right, 20 + m.bottom};
+    EXPECT_EQ(font->DrawTextW(nullptr, u"Hello", -1, &r, DT_NOCLIP, 0xFFFFFF00), h);
+    dev_->EndScene();
+    auto img = read();
+    int inside = 0, outside = 0;
+    for (int y = 0; y < int(size); ++y)
+        for (int x = 0; x < int(size); ++x)
+        {
+            pixel p = at(img, x, y);
+            if (!lit(p))
+                continue;
+            bool in = x >= r.left && x < r.right && y >= r.top && y < r.bottom;
+            (in ? inside : outside)++;
+            EXPECT_EQ(p.r, 255);
+            EXPECT_EQ(p.g, 255);
+            EXPECT_EQ(p.b, 0);
+        }
+    EXPECT_GT(inside, 30);
+    EXPECT_EQ(outside, 0);
+
+    // Without DT_NOCLIP the rectangle clips: only its left half stays lit.
+    clear();
+    dev_->BeginScene();
+    RECT half{10, 20, 10 + m.right / 2, 20 + m.bottom};
+    font->DrawTextW(nullptr, u"Hello", -1, &half, 0, 0xFFFFFFFF);
+    dev_->EndScene();
+    img = read();
+    int clipped = 0;
+    for (int y = 0; y < int(size); ++y)
+        for (int x = 0; x < int(size); ++x)
+            if (lit(at(img, x, y)))
+            {
+                ++clipped;
+                EXPECT_LT(x, half.right);
+            }
+    EXPECT_GT(clipped, 5);
+    EXPECT_LT(clipped, inside);
+
+    // Centred both ways in the whole target: the ink's middle is near the centre.
+    clear();
+    dev_->BeginScene();
+    RECT all{0, 0, LONG(size), LONG(size)};
+    font->DrawTextW(nullptr, u"Hello", -1, &all, DT_CENTER | DT_VCENTER | DT_SINGLELINE,
+                    0xFFFFFFFF);
+    dev_->EndScene();
+    img = read();
+    int minx = size, maxx = -1, miny = size, maxy = -1;
+    for (int y = 0; y < int(size); ++y)
+        for (int x = 0; x < int(size); ++x)
+            if (lit(at(img, x, y)))
+                minx = std::min(minx, x), maxx = std::max(maxx, x), miny = std::min(miny, y),
+                maxy = std::max(maxy, y);
+    EXPECT_NEAR((minx + maxx) / 2.0, 32.0, 3.0);
+    EXPECT_NEAR((miny + maxy) / 2.0, 32.0, 4.0);
+    EXPECT_GE(miny, (int(size) - m.bottom) / 2);
+    EXPECT_LT(maxy, (int(size) + m.bottom) / 2 + 1);
+
+    EXPECT_EQ(font->DrawTextW(nullptr, nullptr, -1, &all, 0, 0), 0);
+    EXPECT_EQ(font->DrawTextW(nullptr, u"x", -1, nullptr, 0, 0), 0);
+    font->Release();
+}
+
+TEST_F(d3dx_render, sprite_tints_and_places_texels)
+{
+    IDirect3DTexture9* tex = nullptr;
+    ASSERT_EQ(dev_->CreateTexture(4, 4, 1, 0, D3DFMT_A8R8G8B8, D3DPOOL_MANAGED, &tex, nullptr),
+              D3D_OK);
+    D3DLOCKED_RECT lr{};
+    ASSERT_EQ(tex->LockRect(0, &lr, nullptr, 0), D3D_OK);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 4; ++x)
+            static_cast<DWORD*>(lr.pBits)[y * lr.Pitch / 4 + x] =
+                x == 3 ? 0xFF808080u : 0xFFFFFFFFu;
+    tex->UnlockRect(0);
+
+    ID3DXSprite* sprite = nullptr;
+    ASSERT_EQ(D3DXCreateSprite(dev_, &sprite), D3D_OK);
+    EXPECT_EQ(sprite->Draw(tex, nullptr, nullptr, nullptr, 0xFFFFFFFF), D3DERR_INVALIDCALL);
+    clear(0xFF000000);
+    dev_->BeginScene();
+    ASSERT_EQ(sprite->Begin(D3DXSPRITE_ALPHABLEND), D3D_OK);
+    EXPECT_EQ(sprite->Begin(0), D3DERR_INVALIDCALL);
+    D3DXVECTOR3 pos(10, 10, 0);
+    ASSERT_EQ(sprite->Draw(tex, nullptr, nullptr, &pos, 0xFF00FF00), D3D_OK);
+    // Half-transparent red over black, and a 2 x 2 part of the texture with its centre.
+    D3DXVECTOR3 pos2(30, 10, 0), centre(1, 1, 0);
+    RECT src{2, 0, 4, 2};
+    ASSERT_EQ(sprite->Draw(tex, nullptr, nullptr, &pos2, 0x80FF0000), D3D_OK);
+    D3DXVECTOR3 pos3(51, 11, 0);
+    ASSERT_EQ(sprite->Draw(tex, &src, &centre, &pos3, 0xFFFFFFFF), D3D_OK);
+    ASSERT_EQ(sprite->End(), D3D_OK);
+    // A scaling transform doubles the rectangle.
+    D3DXMATRIX scale;
+    D3DXMatrixScaling(&scale, 2, 2, 1);
+    ASSERT_EQ(sprite->SetTransform(&scale), D3D_OK);
+    ASSERT_EQ(sprite->Begin(0), D3D_OK);
+    D3DXVECTOR3 pos4(5, 20, 0);
+    ASSERT_EQ(sprite->Draw(tex, nullptr, nullptr, &pos4, 0xFF0000FF), D3D_OK);
+    ASSERT_EQ(sprite->End(), D3D_OK);
+    dev_->EndScene();
+    auto img = read();
+
+    pixel p = at(img, 10, 10);
+    EXPECT_EQ(p.r, 0);
+    EXPECT_EQ(p.g, 255);
+    EXPECT_EQ(p.b, 0);
+    p = at(img, 12, 13);
+    EXPECT_EQ(p.g, 255);
+    p = at(img, 13, 10); // the grey column, tinted green
+    EXPECT_NEAR(p.g, 128, 1);
+    EXPECT_FALSE(lit(at(img, 14, 10)));
+    EXPECT_FALSE(lit(at(img, 9, 10)));
+    EXPECT_FALSE(lit(at(img, 10, 14)));
+    EXPECT_FALSE(lit(at(img, 10, 9)));
+    p = at(img, 31, 11);
+    EXPECT_NEAR(p.r, 128, 2);
+    EXPECT_EQ(p.g, 0);
+    // The part: texels (2..3, 0..1) with texel (1, 1) of the part at (51, 11).
+    EXPECT_EQ(at(img, 50, 10).r, 255);
+    EXPECT_NEAR(at(img, 51, 10).r, 128, 1);
+    EXPECT_FALSE(lit(at(img, 52, 10)));
+    EXPECT_FALSE(lit(at(img, 50, 12)));
+    EXPECT_FALSE(lit(at(img, 49, 10)));
+    // Scaled: (5, 20) * 2 = (10, 40), 8 x 8 pixels.
+    EXPECT_EQ(at(img, 10, 40).b, 255);
+    EXPECT_EQ(at(img, 15, 47).b, 255);
+    EXPECT_FALSE(lit(at(img, 18, 40)));
+    EXPECT_FALSE(lit(at(img, 10, 48)));
+    EXPECT_FALSE(lit(at(img, 9, 40)));
+
+    sprite->Release();
+    tex->Release();
+}
+
+TEST_F(d3dx_render, texture_from_png_file)
+{
+    char dir[] = "/tmp/ixo_d3dx_XXXXXX";
+    ASSERT_NE(mkdtemp(dir), nullptr);
+    std::string const path = std::string(dir) + "/picture.png";
+    // 3 x 2 pixels, RGBA.
+    unsigned char const rgba[] = {255, 0,  0,  255, 0,   255, 0,   255, 0, 0, 255, 255,
+                                  10,  20, 30, 40,  255, 255, 255, 255, 1, 2, 3,   255};
+    ASSERT_NE(stbi_write_png(path.c_str(), 3, 2, 4, rgba, 3 * 4), 0);
+
+    IDirect3DTexture9* tex = nullptr;
+    D3DXIMAGE_INFO info{};
+    // The Windows form of the path, as the host's folder helpers hand it out.
+    std::u16string win = wide(path);
+    for (auto& c : win)
+        if (c == u'/')
+            c = u'\\';
+    ASSERT_EQ(D3DXCreateTextureFromFileExW(dev_, win.c_str(), D3DX_DEFAULT_NONPOW2,
+                                           D3DX_DEFAULT_NONPOW2, 1, 0, D3DFMT_A8R8G8B8,
+                                           D3DPOOL_MANAGED, D3DX_FILTER_NONE, D3DX_FILTER_NONE, 0,
+                                           &info, nullptr, &tex),
+              D3D_OK);
+    EXPECT_EQ(info.Width, 3u);
+    EXPECT_EQ(info.Height, 2u);
+    EXPECT_EQ(info.ImageFileFormat, D3DXIFF_PNG);
+    EXPECT_EQ(info.Format, D3DFMT_A8R8G8B8);
+    D3DSURFACE_DESC desc{};
+    ASSERT_EQ(tex->GetLevelDesc(0, &desc), D3D_OK);
+    EXPECT_EQ(desc.Width, 3u);
+    EXPECT_EQ(desc.Height, 2u);
+    EXPECT_EQ(tex->GetLevelCount(), 1u);
+    D3DLOCKED_RECT lr{};
+    ASSERT_EQ(tex->LockRect(0, &lr, nullptr, D3DLOCK_READONLY), D3D_OK);
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 3; ++x)
+        {
+            auto q = static_cast<unsigned char const*>(lr.pBits) + y * lr.Pitch + 4 * x;
+            unsigned char const* s = rgba + 4 * (3 * y + x);
+            EXPECT_EQ(q[0], s[2]);
+            EXPECT_EQ(q[1], s[1]);
+            EXPECT_EQ(q[2], s[0]);
+            EXPECT_EQ(q[3], s[3]);
+        }
+    tex->UnlockRect(0);
+    tex->Release();
+
+    // Default pool, drawn through a sprite: the picture reaches the target unchanged.
+    ASSERT_EQ(D3DXCreateTextureFromFileExW(dev_, win.c_str(), D3DX_DEFAULT_NONPOW2,
+                                           D3DX_DEFAULT_NONPOW2, 1, 0, D3DFMT_A8R8G8B8,
+                                           D3DPOOL_DEFAULT, D3DX_FILTER_NONE, D3DX_FILTER_NONE, 0,
+                                           nullptr, nullptr, &tex),
+              D3D_OK);
+    ID3DXSprite* sprite = nullptr;
+    ASSERT_EQ(D3DXCreateSprite(dev_, &sprite), D3D_OK);
+    clear();
+    dev_->BeginScene();
+    sprite->Begin(0);
+    D3DXVECTOR3 pos(7, 9, 0);
+    sprite->Draw(tex, nullptr, nullptr, &pos, 0xFFFFFFFF);
+    sprite->End();
+    dev_->EndScene();
+    auto img = read();
+    EXPECT_EQ(at(img, 7, 9).r, 255);
+    EXPECT_EQ(at(img, 8, 9).g, 255);
+    EXPECT_EQ(at(img, 9, 9).b, 255);
+    EXPECT_EQ(at(img, 9, 10).r, 1);
+    EXPECT_EQ(at(img, 9, 10).b, 3);
+    EXPECT_FALSE(lit(at(img, 10, 9)));
+    sprite->Release();
+    tex->Release();
+
+    // Power-of-two rounding with a full chain, and a colour key on pure red.
+    ASSERT_EQ(D3DXCreateTextureFromFileExW(dev_, wide(path).c_str(), D3DX_DEFAULT, D3DX_DEFAULT, 0,
+                                           0, D3DFMT_UNKNOWN, D3DPOOL_MANAGED, D3DX_FILTER_POINT,
+                                           D3DX_FILTER_BOX, 0xFFFF0000, nullptr, nullptr, &tex),
+              D3D_OK);
+    ASSERT_EQ(tex->GetLevelDesc(0, &desc), D3D_OK);
+    EXPECT_EQ(desc.Width, 4u);
+    EXPECT_EQ(desc.Height, 2u);
+    EXPECT_EQ(tex->GetLevelCount(), 3u);
+    ASSERT_EQ(tex->LockRect(0, &lr, nullptr, D3DLOCK_READONLY), D3D_OK);
+    EXPECT_EQ(static_cast<DWORD const*>(lr.pBits)[0], 0u);
+    tex->UnlockRect(0);
+    tex->Release();
+
+    std::string const missing = std::string(dir) + "/none.png";
+    EXPECT_EQ(D3DXCreateTextureFromFileW(dev_, wide(missing).c_str(), &tex), D3DXERR_INVALIDDATA);
+    EXPECT_EQ(D3DXCreateTextureFromFileW(dev_, nullptr, &tex), D3DERR_INVALIDCALL);
+    std::remove(path.c_str());
+    rmdir(dir);
+}
+
+TEST_F(d3dx_render, mesh_builders_draw_their_shapes)
+{
+    ID3DXMesh* box = nullptr;
+    ASSERT_EQ(D3DXCreateBox(dev_, 2, 4, 6, &box, nullptr), D3D_OK);
+    EXPECT_EQ(box->GetNumVertices(), 24u);
+    EXPECT_EQ(box->GetNumFaces(), 12u);
+    EXPECT_EQ(box->GetFVF(), DWORD(D3DFVF_XYZ | D3DFVF_NORMAL));
+    EXPECT_EQ(box->GetNumBytesPerVertex(), 24u);
+    void* data = nullptr;
+    ASSERT_EQ(box->LockVertexBuffer(D3DLOCK_READONLY, &data), D3D_OK);
+    float lo[3] = {1e9f, 1e9f, 1e9f}, hi[3] = {-1e9f, -1e9f, -1e9f};
+    for (int v = 0; v < 24; ++v)
+        for (int k = 0; k < 3; ++k)
+        {
+            float c = static_cast<float const*>(data)[6 * v + k];
+            lo[k] = std::min(lo[k], c);
+            hi[k] = std::max(hi[k], c);
+        }
+    box->UnlockVertexBuffer();
+    EXPECT_EQ(lo[0], -1.0f);
+    EXPECT_EQ(hi[1], 2.0f);
+    EXPECT_EQ(hi[2], 3.0f);
+    ASSERT_EQ(box->LockIndexBuffer(D3DLOCK_READONLY, &data), D3D_OK);
+    for (int i = 0; i < 36; ++i)
+        EXPECT_LT(static_cast<std::uint16_t const*>(data)[i], 24);
+    box->UnlockIndexBuffer();
+    box->Release();
+
+    ID3DXMesh* cyl = nullptr;
+    ASSERT_EQ(D3DXCreateCylinder(dev_, 1, 1, 2, 72, 1, &cyl, nullptr), D3D_OK);
+    EXPECT_EQ(cyl->GetNumVertices(), 290u);
+    EXPECT_EQ(cyl->GetNumFaces(), 288u);
+    cyl->Release();
+    EXPECT_EQ(D3DXCreateCylinder(dev_, 1, 1, 2, 1, 1, &cyl, nullptr), D3DERR_INVALIDCALL);
+    EXPECT_EQ(D3DXCreateBox(nullptr, 1, 1, 1, &box, nullptr), D3DERR_INVALIDCALL);
+
+    // A unit sphere five units in front of a 45-degree camera covers a disc of radius
+    // tan(asin(1/5)) / tan(22.5 deg) * 32 = 15.8 pixels.
+    ID3DXMesh* sphere = nullptr;
+    ASSERT_EQ(D3DXCreateSphere(dev_, 1, 72, 36, &sphere, nullptr), D3D_OK);
+    EXPECT_EQ(sphere->GetNumVertices(), 2522u);
+    EXPECT_EQ(sphere->GetNumFaces(), 5040u);
+    D3DXMATRIX world, view, proj;
+    D3DXMatrixIdentity(&world);
+    D3DXVECTOR3 eye(0, 0, 5), at0(0, 0, 0), up(0, 1, 0);
+    D3DXMatrixLookAtRH(&view, &eye, &at0, &up);
+    D3DXMatrixPerspectiveFovRH(&proj, D3DX_PI / 4, 1.0f, 1.0f, 100.0f);
+    dev_->SetTransform(D3DTS_WORLD, &world);
+    dev_->SetTransform(D3DTS_VIEW, &view);
+    dev_->SetTransform(D3DTS_PROJECTION, &proj);
+    dev_->SetRenderState(D3DRS_LIGHTING, FALSE);
+    dev_->SetRenderState(D3DRS_ZENABLE, D3DZB_FALSE);
+    // Seen through a right-handed view, outward faces turn counter-clockwise.
+    dev_->SetRenderState(D3DRS_CULLMODE, D3DCULL_CW);
+    clear();
+    dev_->BeginScene();
+    ASSERT_EQ(sphere->DrawSubset(0), D3D_OK);
+    ASSERT_EQ(sphere->DrawSubset(1), D3D_OK);
+    dev_->EndScene();
+    auto img = read();
+    int covered = 0;
+    for (pixel p : img)
+        covered += lit(p) ? 1 : 0;
+    double const r = std::tan(std::asin(0.2)) / std::tan(D3DX_PI / 8) * 32;
+    EXPECT_NEAR(covered, D3DX_PI * r * r, 0.06 * D3DX_PI * r * r);
+    EXPECT_TRUE(lit(at(img, 32, 32)));
+    EXPECT_FALSE(lit(at(img, 32, 32 - 18)));
+    EXPECT_FALSE(lit(at(img, 32 + 18, 32)));
+    sphere->Release();
+}
+
+TEST_F(d3dx_render, helpers_survive_a_device_reset)
+{
+    ID3DXFont* font = nullptr;
+    ID3DXLine* line = nullptr;
+    ID3DXSprite* sprite = nullptr;
+    ASSERT_EQ(D3DXCreateFontW(dev_, -12, 0, FW_NORMAL, 0, FALSE, DEFAULT_CHARSET,
+                              OUT_DEFAULT_PRECIS, NONANTIALIASED_QUALITY, 0, u"Segoe UI", &font),
+              D3D_OK);
+    ASSERT_EQ(D3DXCreateLine(dev_, &line), D3D_OK);
+    ASSERT_EQ(D3DXCreateSprite(dev_, &sprite), D3D_OK);
+    RECT r{2, 2, 60, 30};
+    dev_->BeginScene();
+    font->DrawTextW(nullptr, u"Reset", -1, &r, DT_NOCLIP, 0xFFFFFFFF);
+    dev_->EndScene();
+
+    EXPECT_EQ(font->OnLostDevice(), D3D_OK);
+    EXPECT_EQ(line->OnLostDevice(), D3D_OK);
+    EXPECT_EQ(sprite->OnLostDevice(), D3D_OK);
+    release_target();
+    ASSERT_EQ(dev_->Reset(&pp_), D3D_OK);
+    EXPECT_EQ(font->OnResetDevice(), D3D_OK);
+    EXPECT_EQ(line->OnResetDevice(), D3D_OK);
+    EXPECT_EQ(sprite->OnResetDevice(), D3D_OK);
+    make_target();
+
+    clear();
+    dev_->BeginScene();
+    // Through the caller's sprite this time.
+    ASSERT_EQ(sprite->Begin(D3DXSPRITE_ALPHABLEND), D3D_OK);
+    EXPECT_GT(font->DrawTextW(sprite, u"Reset", -1, &r, DT_NOCLIP, 0xFFFFFFFF), 0);
+    ASSERT_EQ(sprite->End(), D3D_OK);
+    D3DXVECTOR2 const pts[2] = {{0, 50}, {64, 50}};
+    line->Draw(pts, 2, 0xFFFFFFFF);
+    dev_->EndScene();
+    auto img = read();
+    int text = 0;
+    for (int y = 0; y < 40; ++y)
+        for (int x = 0; x < int(size); ++x)
+            text += lit(at(img, x, y)) ? 1 : 0;
+    EXPECT_GT(text, 20);
+    EXPECT_TRUE(lit(at(img, 32, 50)));
+    IDirect3DDevice9* got = nullptr;
+    ASSERT_EQ(font->GetDevice(&got), D3D_OK);
+    EXPECT_EQ(got, dev_);
+    got->Release();
+    font->Release();
+    line->Release();
+    sprite->Release();
+}
