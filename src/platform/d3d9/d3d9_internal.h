@@ -273,6 +273,8 @@ public:
     virtual ~ixo_d3d9_program_override() = default;
     // Binds the program and brings its uniforms and textures up to date.
     virtual void prepare_draw() = 0;
+    // The texture is being destroyed: drop every pointer to it.
+    virtual void forget_texture(IDirect3DBaseTexture9* texture) = 0;
 };
 
 // ---------------------------------------------------------------------------------------
@@ -400,6 +402,9 @@ public:
     // Binds a GL texture to a unit unless it is bound there already.
     void bind_texture_unit(GLuint unit, GLuint texture);
     void set_program_override(ixo_d3d9_program_override* program);
+    // Effects hear of destroyed textures; they hold textures without a reference.
+    void add_effect(ixo_d3d9_program_override* effect) { m_effects.push_back(effect); }
+    void remove_effect(ixo_d3d9_program_override* effect);
     ixo_d3d9_program_override* program_override() const { return m_override; }
     void use_program(GLuint program);
     // Framebuffers reading or drawing one surface (for copies).
@@ -466,6 +471,7 @@ private:
     ixo_d3d9_surface* m_depth_stencil = nullptr;
     std::array<stage_state, 8> m_stages;
     ixo_d3d9_program_override* m_override = nullptr;
+    std::vector<ixo_d3d9_program_override*> m_effects;
 
     // GL objects and caches
     GLuint m_fbo = 0;

@@ -660,6 +660,8 @@ void ixo_d3d9_device::unbind_surface(ixo_d3d9_surface* surface)
 
 void ixo_d3d9_device::unbind_texture(ixo_d3d9_texture* texture)
 {
+    for (ixo_d3d9_program_override* e : m_effects)
+        e->forget_texture(texture);
     for (stage_state& s : m_stages)
         if (s.texture == static_cast<IDirect3DBaseTexture9*>(texture))
             s.texture = nullptr;
@@ -1110,6 +1112,13 @@ HRESULT ixo_d3d9_device::GetIndices(IDirect3DIndexBuffer9** ppIndexData)
     if (m_indices)
         m_indices->AddRef();
     return D3D_OK;
+}
+
+void ixo_d3d9_device::remove_effect(ixo_d3d9_program_override* effect)
+{
+    m_effects.erase(std::remove(m_effects.begin(), m_effects.end(), effect), m_effects.end());
+    if (m_override == effect)
+        set_program_override(nullptr);
 }
 
 void ixo_d3d9_device::set_program_override(ixo_d3d9_program_override* program)

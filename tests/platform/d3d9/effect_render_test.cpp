@@ -1,0 +1,252 @@
+// The effect: the shipped file's techniques and parameters, drawing with them, and the
+// effect-file format's errors.
+
+#include "d3d9_fixture.h"
+
+#include <ixocore/platform/d3dx9_effect.h>
+
+#include <string>
+
+namespace
+{
+
+struct xyz_normal
+{
+    float x, y, z, nx, ny, nz;
+};
+
+// A clip-space quad facing -z at depth z (identity transforms).
+std::array<xyz_normal, 4> quad(float z)
+{
+    return {
+        {{-1, 1, z, 0, 0, -1}, {1, 1, z, 0, 0, -1}, {-1, -1, z, 0, 0, -1}, {1, -1, z, 0, 0, -1}}};
+}
+
+const char* k_parameters[] = {"g_mWorld",           "g_mView",       "g_mProj",
+                              "g_mWorldNoScale",    "g_ObjectColor", "g_bEnableLighting",
+                              "g_headlightDiffuse", "g_lightPos",    "g_lightDiffuse",
+                              "g_lightAmbient",     "g_mShadow",     "g_shadowTexture",
+                              "g_shadowWidth",      "g_shadowHeight"};
+
+} // namespace
+
+class effect_render : public ixo_d3d9_fixture
+{
+protected:
+    void SetUp() override
+    {
+        ixo_d3d9_fixture::SetUp();
+        ASSERT_EQ(D3DXCreateEffectFromFileW(device, u"Media\\ixo_default.fx", nullptr, nullptr, 0,
+                                            nullptr, &effect, &errors),
+                  D3D_OK)
+            << (errors ? static_cast<const char*>(errors->GetBufferPointer()) : "");
+        D3DXMATRIX i(identity());
+        for (const char* m : {"g_mWorld", "g_mView", "g_mProj", "g_mWorldNoScale", "g_mShadow"})
+            effect->SetMatrix(m, &i);
+        device->SetFVF(D3DFVF_XYZ | D3DFVF_NORMAL);
+        device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+        device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, 0xff000000, 1.f, 0);
+    }
+
+    void TearDown() override
+    {
+        if (errors)
+            errors->Release();
+        if (effect)
+            effect->Release();
+        ixo_d3d9_fixture::TearDown();
+    }
+
+    void draw(float z = 0.5f)
+    {
+        UINT passes = 0;
+        ASSERT_EQ(effect->Begin(&passes, 0), D3D_OK);
+        EXPECT_EQ(passes, 1u);
+        ASSERT_EQ(effect->BeginPass(0), D3D_OK);
+        auto q = quad(z);
+        EXPECT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_normal)),
+                  D3D_OK);
+        effect->EndPass();
+        effect->End();
+    }
+
+    ID3DXEffect* effect = nullptr;
+    ID3DXBuffer* errors = nullptr;
+};
+
+TEST_F(effect_render, shipped_effect_has_both_techniques_and_every_parameter)
+{
+    EXPECT_NE(effect->GetTechniqueByName("MainTechnique"), nullptr);
+    EXPECT_NE(effect->GetTechniqueByName("ShadowTechnique"), nullptr);
+    EXPECT_EQ(effect->GetTechniqueByName("NoSuchTechnique"), nullptr);
+    for (const char* name : k_parameters)
+        EXPECT_NE(effect->GetParameterByName(nullptr, name), nullptr) << name;
+    // Values read back as set; kinds are checked.
+    D3DXVECTOR4 v(0.1f, 0.2f, 0.3f, 0.4f), got;
+    ASSERT_EQ(effect->SetVector("g_lightPos", &v), D3D_OK);
+    ASSERT_EQ(effect->GetVector("g_lightPos", &got), D3D_OK);
+    EXPECT_EQ(got, v);
+    EXPECT_EQ(effect->SetInt("g_shadowWidth", 640), D3D_OK);
+    INT n = 0;
+    effect->GetInt("g_shadowWidth", &n);
+    EXPECT_EQ(n, 640);
+    D3DXMATRIX m;
+    EXPECT_EQ(effect->SetMatrix("g_ObjectColor", &m), D3DERR_INVALIDCALL);
+    EXPECT_EQ(effect->SetMatrix("g_unknown", &m), D3DERR_INVALIDCALL);
+    EXPECT_EQ(effect->SetVector("g_lightPos", nullptr), D3DERR_INVALIDCALL);
+    EXPECT_EQ(effect->SetTexture("g_mWorld", nullptr), D3DERR_INVALIDCALL);
+    EXPECT_EQ(effect->SetTechnique("NoSuchTechnique"), D3DERR_INVALIDCALL);
+    EXPECT_EQ(effect->BeginPass(0), D3DERR_INVALIDCALL);
+}
+
+TEST_F(effect_render, picking_colour_is_drawn_exactly_and_lighting_follows_the_parameters)
+{
+    ASSERT_EQ(effect->SetTechnique("MainTechnique"), D3D_OK);
+    // An identifier with all four bytes set survives, alpha included.
+    D3DXVECTOR4 id(0x12 / 255.f, 0x34 / 255.f, 0x56 / 255.f, 0x78 / 255.f);
+    effect->SetVector("g_ObjectColor", &id);
+    effect->SetBool("g_bEnableLighting", FALSE);
+    draw();
+    auto p = read();
+    ASSERT_FALSE(p.empty());
+    EXPECT_TRUE(ixo_pixel_is(at(p, W / 2, H / 2), 0x12, 0x34, 0x56, 0x78, 0));
+
+    // Lit by the head light only: colour * (ambient + head light), the quad faces the eye.
+    D3DXVECTOR4 colour(0.4f, 0.6f, 0.2f, 1.f), head(1.f, 1.f, 1.f, 1.f),
+        ambient(0.2f, 0.2f, 0.2f, 1.f), zero(0, 0, 0, 0);
+    effect->SetVector("g_ObjectColor", &colour);
+    effect->SetBool("g_bEnableLighting", TRUE);
+    effect->SetVector("g_headlightDiffuse", &head);
+    effect->SetVector("g_lightAmbient", &ambient);
+    effect->SetVector("g_lightDiffuse", &zero);
+    draw();
+    p = read();
+    EXPECT_TRUE(ixo_pixel_is(at(p, W / 2, H / 2), 122, 184, 61, 255, 2));
+
+    // A change inside a pass reaches the next draw.
+    UINT passes = 0;
+    effect->Begin(&passes, 0);
+    effect->BeginPass(0);
+    effect->SetBool("g_bEnableLighting", FALSE);
+    effect->CommitChanges();
+    auto q = quad(0.5f);
+    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_normal));
+    effect->EndPass();
+    effect->End();
+    p = read();
+    EXPECT_TRUE(ixo_pixel_is(at(p, W / 2, H / 2), 102, 153, 51, 255, 1));
+
+    // After End the fixed function draws again: unlit white vertices... with lighting on and
+    // no light, the black material gives black.
+    D3DMATERIAL9 black{};
+    device->SetMaterial(&black);
+    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_normal));
+    p = read();
+    EXPECT_TRUE(ixo_pixel_is(at(p, W / 2, H / 2), 0, 0, 0, 0, 0));
+}
+
+TEST_F(effect_render, shadow_technique_writes_depth_and_the_main_technique_reads_it)
+{
+    IDirect3DTexture9* map = nullptr;
+    ASSERT_EQ(device->CreateTexture(W, H, 1, D3DUSAGE_RENDERTARGET, D3DFMT_R32F, D3DPOOL_DEFAULT,
+                                    &map, nullptr),
+              D3D_OK);
+    IDirect3DSurface9* level = nullptr;
+    map->GetSurfaceLevel(0, &level);
+    device->SetRenderTarget(0, level);
+    device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, 0xffffffff, 1.f, 0);
+    ASSERT_EQ(effect->SetTechnique("ShadowTechnique"), D3D_OK);
+    // Depth 0.25 over the left half only.
+    UINT passes = 0;
+    effect->Begin(&passes, 0);
+    effect->BeginPass(0);
+    xyz_normal left[4] = {{-1, 1, 0.25f, 0, 0, -1},
+                          {0, 1, 0.25f, 0, 0, -1},
+                          {-1, -1, 0.25f, 0, 0, -1},
+                          {0, -1, 0.25f, 0, 0, -1}};
+    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, left, sizeof(xyz_normal));
+    effect->EndPass();
+    effect->End();
+    IDirect3DSurface9* copy = nullptr;
+    device->CreateOffscreenPlainSurface(W, H, D3DFMT_R32F, D3DPOOL_SYSTEMMEM, &copy, nullptr);
+    ASSERT_EQ(device->GetRenderTargetData(level, copy), D3D_OK);
+    D3DLOCKED_RECT lr{};
+    copy->LockRect(&lr, nullptr, D3DLOCK_READONLY);
+    const float* row = static_cast<const float*>(lr.pBits) + (H / 2) * (lr.Pitch / 4);
+    EXPECT_FLOAT_EQ(row[2], 0.25f);
+    EXPECT_FLOAT_EQ(row[W - 2], 1.f);
+    copy->UnlockRect();
+    copy->Release();
+
+    // The scene light (red) reaches the right half; the left half at depth 0.5 lies behind
+    // the stored 0.25 and is in shadow.
+    device->SetRenderTarget(0, target);
+    device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, 0xff000000, 1.f, 0);
+    effect->SetTechnique("MainTechnique");
+    ASSERT_EQ(effect->SetTexture("g_shadowTexture", map), D3D_OK);
+    effect->SetInt("g_shadowWidth", W);
+    effect->SetInt("g_shadowHeight", H);
+    D3DXVECTOR4 white(1, 1, 1, 1), red(1, 0, 0, 1), zero(0, 0, 0, 0), light(0, 0, -10, 1);
+    effect->SetVector("g_ObjectColor", &white);
+    effect->SetBool("g_bEnableLighting", TRUE);
+    effect->SetVector("g_headlightDiffuse", &zero);
+    effect->SetVector("g_lightAmbient", &zero);
+    effect->SetVector("g_lightDiffuse", &red);
+    effect->SetVector("g_lightPos", &light);
+    draw(0.5f);
+    auto p = read();
+    EXPECT_TRUE(ixo_pixel_is(at(p, W / 4, H / 2), 0, 0, 0, 255, 1));
+    EXPECT_TRUE(ixo_pixel_is(at(p, 3 * W / 4, H / 2), 255, 0, 0, 255, 2));
+
+    // Releasing the texture clears the effect's hold on it; the device can then be reset.
+    level->Release();
+    map->Release();
+    IDirect3DBaseTexture9* held = reinterpret_cast<IDirect3DBaseTexture9*>(1);
+    ASSERT_EQ(effect->GetTexture("g_shadowTexture", &held), D3D_OK);
+    EXPECT_EQ(held, nullptr);
+}
+
+TEST_F(effect_render, malformed_effect_files_are_refused_with_a_message)
+{
+    ID3DXEffect* e = nullptr;
+    ID3DXBuffer* log = nullptr;
+    auto create = [&](const std::string& text)
+    {
+        if (log)
+            log->Release();
+        log = nullptr;
+        return D3DXCreateEffect(device, text.data(), static_cast<UINT>(text.size()), nullptr,
+                                nullptr, 0, nullptr, &e, &log);
+    };
+    const std::string vertex = "vertex\nlayout(location = 0) in vec3 p;\nvoid main() { "
+                               "gl_Position = vec4(p, 1.0); }\n";
+    const std::string fragment = "fragment\nout vec4 c;\nuniform vec4 k;\nvoid main() { c = k; }\n";
+    EXPECT_EQ(create("technique A\n" + vertex + fragment + "end\n"), D3D_OK);
+    ASSERT_NE(e, nullptr);
+    EXPECT_NE(e->GetParameterByName(nullptr, "k"), nullptr);
+    e->Release();
+    e = nullptr;
+
+    EXPECT_EQ(create("technique A\n" + vertex + "end\n"), D3DXERR_INVALIDDATA);
+    EXPECT_EQ(e, nullptr);
+    ASSERT_NE(log, nullptr);
+    EXPECT_NE(std::string(static_cast<const char*>(log->GetBufferPointer())).find("A"),
+              std::string::npos);
+    EXPECT_EQ(create("garbage\n"), D3DXERR_INVALIDDATA);
+    EXPECT_EQ(create("technique A\n" + vertex + fragment), D3DXERR_INVALIDDATA);
+    EXPECT_EQ(create("technique A\n" + vertex +
+                     "fragment\nout vec4 c;\nvoid main() { c = undefined_name; }\nend\n"),
+              D3DXERR_INVALIDDATA);
+    ASSERT_NE(log, nullptr);
+    EXPECT_NE(std::string(static_cast<const char*>(log->GetBufferPointer())).find("fragment"),
+              std::string::npos);
+    log->Release();
+    log = nullptr;
+    EXPECT_EQ(D3DXCreateEffectFromFileW(device, u"Media/no_such_file.fx", nullptr, nullptr, 0,
+                                        nullptr, &e, nullptr),
+              D3DERR_NOTFOUND);
+    EXPECT_EQ(D3DXCreateEffectFromFileW(device, nullptr, nullptr, nullptr, 0, nullptr, &e, nullptr),
+              D3DERR_INVALIDCALL);
+    EXPECT_EQ(D3DXCreateEffect(device, "x", 1, nullptr, nullptr, 0, nullptr, nullptr, nullptr),
+              D3DERR_INVALIDCALL);
+}
