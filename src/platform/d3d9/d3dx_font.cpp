@@ -226,8 +226,7 @@ private:
         if (text.empty())
             return lines;
         bool const single = (format & DT_SINGLELINE) != 0;
-        bool const wrap =
-            (format & DT_WORDBREAK) && !single && !(format & DT_CALCRECT) && rect.right > rect.left;
+        bool const wrap = (format & DT_WORDBREAK) && !single && rect.right > rect.left;
         lines.emplace_back();
         std::size_t i = 0;
         while (i < text.size())

@@ -211,6 +211,20 @@ TEST_F(d3dx_render, text_is_measured_and_drawn_inside_its_rectangle)
     RECT part{0, 0, 0, 0};
     font->DrawTextW(nullptr, u"Hello world", 5, &part, DT_CALCRECT, 0);
     EXPECT_EQ(part.right, m.right);
+    // Word breaks wrap at the rectangle's width, measuring included.
+    RECT narrow{0, 0, m.right + 2, 0};
+    EXPECT_EQ(font->DrawTextW(nullptr, u"Hello Hello", -1, &narrow, DT_CALCRECT | DT_WORDBREAK, 0),
+              2 * m.bottom);
+    EXPECT_EQ(narrow.right, m.right);
+    // A positive height is the cell: ascent plus descent.
+    ID3DXFont* cell = nullptr;
+    ASSERT_EQ(D3DXCreateFontW(dev_, 20, 0, FW_BOLD, 0, TRUE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
+                              ANTIALIASED_QUALITY, 0, u"Segoe UI", &cell),
+              D3D_OK);
+    RECT c{0, 0, 0, 0};
+    cell->DrawTextW(nullptr, u"Hello", -1, &c, DT_CALCRECT, 0);
+    EXPECT_NEAR(c.bottom, 20, 1);
+    cell->Release();
 
     // Drawn at (10, 20): every lit pixel lies in the measured rectangle, in the colour.
     clear();
