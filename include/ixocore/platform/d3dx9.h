@@ -164,6 +164,8 @@ struct ID3DXSprite : IUnknown
     // Starts a batch. Unless D3DXSPRITE_DONOTMODIFY_RENDERSTATE, sets the states sprites
     // draw with (no lighting, culling or depth test; texture times colour; alpha blending
     // with D3DXSPRITE_ALPHABLEND); unless D3DXSPRITE_DONOTSAVESTATE, End restores them.
+    // The object-space, billboard and sort flags are accepted and ignored: rectangles are
+    // drawn in view pixels in the order they were queued.
     virtual HRESULT Begin(DWORD Flags) = 0;
     // Queues the pSrcRect part of pTexture (null: all of it) with its point pCenter (null:
     // its top-left corner) at pPosition (null: the origin), in view pixels, each texel
@@ -215,6 +217,8 @@ struct ID3DXLine : IUnknown
     // end behind the eye (w <= 0) are left out.
     virtual HRESULT DrawTransform(const D3DXVECTOR3* pVertexList, DWORD dwVertexListCount,
                                   const D3DXMATRIX* pTransform, D3DCOLOR Color) = 0;
+    // Pattern, pattern scale, antialiasing and GL lines are recorded only: lines are solid
+    // and aliased.
     virtual HRESULT SetPattern(DWORD dwPattern) = 0;
     virtual DWORD GetPattern() = 0;
     virtual HRESULT SetPatternScale(FLOAT fPatternScale) = 0;
@@ -275,7 +279,7 @@ IXO_API HRESULT D3DXCreateSprite(LPDIRECT3DDEVICE9 pDevice, LPD3DXSPRITE* ppSpri
 // D3DFMT_A8R8G8B8, D3DFMT_X8R8G8B8, D3DFMT_UNKNOWN or D3DFMT_FROM_FILE (both give
 // A8R8G8B8). A non-zero ColorKey (ARGB) turns matching texels into transparent black.
 // pSrcInfo receives the file's description. D3DXERR_INVALIDDATA for an unreadable file,
-// D3DERR_INVALIDCALL for bad arguments.
+// D3DERR_INVALIDCALL for bad arguments or a side (of the file or the texture) over 8192.
 IXO_API HRESULT D3DXCreateTextureFromFileExW(LPDIRECT3DDEVICE9 pDevice, LPCWSTR pSrcFile,
                                              UINT Width, UINT Height, UINT MipLevels, DWORD Usage,
                                              D3DFORMAT Format, D3DPOOL Pool, DWORD Filter,

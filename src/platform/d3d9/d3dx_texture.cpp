@@ -10,7 +10,8 @@
 namespace
 {
 
-UINT const max_texture_side = 16384;
+// Larger images are refused before anything is decoded or allocated.
+UINT const max_texture_side = 8192;
 
 // An image in memory, 32-bit ARGB values (alpha in the top byte).
 struct argb_image
@@ -154,6 +155,10 @@ HRESULT D3DXCreateTextureFromFileExW(LPDIRECT3DDEVICE9 pDevice, LPCWSTR pSrcFile
 
     std::string const path = ixo_native_path(pSrcFile);
     int w = 0, h = 0, components = 0;
+    if (!stbi_info(path.c_str(), &w, &h, &components))
+        return D3DXERR_INVALIDDATA;
+    if (w <= 0 || h <= 0 || UINT(w) > max_texture_side || UINT(h) > max_texture_side)
+        return D3DERR_INVALIDCALL;
     unsigned char* rgba = stbi_load(path.c_str(), &w, &h, &components, 4);
     if (rgba == nullptr)
         return D3DXERR_INVALIDDATA;

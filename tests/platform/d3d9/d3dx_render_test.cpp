@@ -448,6 +448,37 @@ TEST_F(d3dx_render, texture_from_png_file)
     tex->UnlockRect(0);
     tex->Release();
 
+    // BMP and JPEG files, and a size beyond the limit.
+    std::string const bmp = std::string(dir) + "/picture.bmp";
+    std::string const jpg = std::string(dir) + "/picture.jpg";
+    unsigned char grey[8 * 8 * 3];
+    std::memset(grey, 200, sizeof grey);
+    ASSERT_NE(stbi_write_bmp(bmp.c_str(), 8, 8, 3, grey), 0);
+    ASSERT_NE(stbi_write_jpg(jpg.c_str(), 8, 8, 3, grey, 95), 0);
+    for (auto const& [file, format] : {std::pair{bmp, D3DXIFF_BMP}, std::pair{jpg, D3DXIFF_JPG}})
+    {
+        ASSERT_EQ(D3DXCreateTextureFromFileExW(dev_, wide(file).c_str(), D3DX_FROM_FILE,
+                                               D3DX_FROM_FILE, D3DX_FROM_FILE, 0, D3DFMT_X8R8G8B8,
+                                               D3DPOOL_MANAGED, D3DX_DEFAULT, D3DX_DEFAULT, 0,
+                                               &info, nullptr, &tex),
+                  D3D_OK);
+        EXPECT_EQ(info.ImageFileFormat, format);
+        EXPECT_EQ(info.Width, 8u);
+        ASSERT_EQ(tex->LockRect(0, &lr, nullptr, D3DLOCK_READONLY), D3D_OK);
+        auto q = static_cast<unsigned char const*>(lr.pBits) + 3 * lr.Pitch + 4 * 5;
+        EXPECT_NEAR(q[0], 200, 3);
+        EXPECT_NEAR(q[2], 200, 3);
+        EXPECT_EQ(q[3], 255);
+        tex->UnlockRect(0);
+        tex->Release();
+    }
+    EXPECT_EQ(D3DXCreateTextureFromFileExW(dev_, wide(bmp).c_str(), 100000, 8, 1, 0,
+                                           D3DFMT_A8R8G8B8, D3DPOOL_MANAGED, D3DX_DEFAULT,
+                                           D3DX_DEFAULT, 0, nullptr, nullptr, &tex),
+              D3DERR_INVALIDCALL);
+    std::remove(bmp.c_str());
+    std::remove(jpg.c_str());
+
     std::string const missing = std::string(dir) + "/none.png";
     EXPECT_EQ(D3DXCreateTextureFromFileW(dev_, wide(missing).c_str(), &tex), D3DXERR_INVALIDDATA);
     EXPECT_EQ(D3DXCreateTextureFromFileW(dev_, nullptr, &tex), D3DERR_INVALIDCALL);
