@@ -1,0 +1,472 @@
+#include "mesh/mesh_test_files.h"
+
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <sstream>
+
+using namespace mesh_test;
+
+namespace
+{
+
+struct facet
+{
+    float n[3];
+    float v[9];
+};
+
+// The unit cube as 12 facets, two per face, with outward normals.
+std::vector<facet> cube_facets()
+{
+    // Each face: normal, then its four corners counter-clockwise seen from outside.
+    struct face
+    {
+        float n[3];
+        float c[4][3];
+    };
+    const face faces[6] = {
+        {{0, 0, -1}, {{0, 0, 0}, {0, 1, 0}, {1, 1, 0}, {1, 0, 0}}},
+        {{0, 0, 1}, {{0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}}},
+        {{0, -1, 0}, {{0, 0, 0}, {1, 0, 0}, {1, 0, 1}, {0, 0, 1}}},
+        {{0, 1, 0}, {{0, 1, 0}, {0, 1, 1}, {1, 1, 1}, {1, 1, 0}}},
+        {{-1, 0, 0}, {{0, 0, 0}, {0, 0, 1}, {0, 1, 1}, {0, 1, 0}}},
+        {{1, 0, 0}, {{1, 0, 0}, {1, 1, 0}, {1, 1, 1}, {1, 0, 1}}},
+    };
+    std::vector<facet> out;
+    for (face const& f : faces)
+        for (int tri : {0, 1})
+        {
+            int corners[3] = {0, tri ? 2 : 1, tri ? 3 : 2};
+            facet t;
+            std::copy(f.n, f.n + 3, t.n);
+            for (int k = 0; k < 3; ++k)
+                std::copy(f.c[corners[k]], f.c[corners[k]] + 3, t.v + 3 * k);
+            out.push_back(t);
+        }
+    return out;
+}
+
+std::string ascii_stl(std::vector<facet> const& facets, const char* eol = "\n")
+{
+    std::ostringstream s;
+    s << "solid cube" << eol;
+    for (facet const& f : facets)
+    {
+        s << "  facet normal " << f.n[0] << ' ' << f.n[1] << ' ' << f.n[2] << eol;
+        s << "    outer loop" << eol;
+        for (int k = 0; k < 3; ++k)
+            s << "      vertex " << f.v[3 * k] << ' ' << f.v[3 * k + 1] << ' ' << f.v[3 * k + 2]
+              << eol;
+        s << "    endloop" << eol << "  endfacet" << eol;
+    }
+    s << "endsolid cube" << eol;
+    return s.str();
+}
+
+std::string binary_stl(std::vector<facet> const& facets, char header_byte = 'x',
+                       long long count = -1)
+{
+    std::string s(80, ' ');
+    s[5] = header_byte;
+    put<std::uint32_t>(s, count < 0 ? std::uint32_t(facets.size()) : std::uint32_t(count));
+    for (facet const& f : facets)
+    {
+        for (float x : f.n)
+            put<float>(s, x);
+        for (float x : f.v)
+            put<float>(s, x);
+        s.append(2, '\0');
+    }
+    return s;
+}
+
+// Expected STL result: distinct positions in order of first appearance, each with the
+// normalised sum of the normals of the facet corners at it.
+void expect_merged(ixo_indexed_mesh const& mesh, std::vector<facet> const& facets)
+{
+    std::map<std::array<float, 3>, unsigned> seen;
+    std::vector<ixo_vector3<float>> normals;
+    std::vector<unsigned> indices;
+    for (facet const& f : facets)
+        for (int k = 0; k < 3; ++k)
+        {
+            std::array<float, 3> p{f.v[3 * k], f.v[3 * k + 1], f.v[3 * k + 2]};
+            auto [it, fresh] = seen.emplace(p, unsigned(normals.size()));
+            if (fresh)
+                normals.emplace_back(0, 0, 0);
+            normals[it->second] += ixo_vector3<float>(f.n[0], f.n[1], f.n[2]);
+            indices.push_back(it->second);
+        }
+    ASSERT_EQ(mesh.get_num_vertices(), normals.size());
+    ASSERT_EQ(mesh.get_num_indices(), indices.size());
+    for (std::size_t i = 0; i < indices.size(); ++i)
+        EXPECT_EQ(mesh.get_index_data()[i], indices[i]) << i;
+    for (auto const& [p, i] : seen)
+    {
+        expect_vec(mesh.get_vertex(i).position, p[0], p[1], p[2], 0);
+        ixo_vector3<float> n = normals[i];
+        n.normalize();
+        expect_vec(mesh.get_vertex(i).normal, n[0], n[1], n[2]);
+    }
+}
+
+} // namespace
+
+TEST(MeshFiles, ReaderChosenByExtension)
+{
+    std::string stl = ascii_stl(cube_facets());
+    auto upper = ixo_indexed_mesh::read_from_file(wide(write_file("cube.STL", stl)));
+    ASSERT_TRUE(upper);
+    EXPECT_EQ(upper->get_num_vertices(), 8u);
+
+    std::string ply = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\n"
+                      "property float y\nproperty float z\nelement face 1\n"
+                      "property list uchar int vertex_indices\nend_header\n"
+                      "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n";
+    auto mixed = ixo_indexed_mesh::read_from_file(wide(write_file("tri.Ply", ply)));
+    ASSERT_TRUE(mixed);
+    EXPECT_EQ(mixed->get_num_indices(), 3u);
+
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_file(wide(write_file("cube.obj", stl))));
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_file(wide("stl")));
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_file(ixo_string()));
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_file(wide((temp_dir() / "missing.stl").string())));
+    // A folder named like a mesh file is not read.
+    std::filesystem::create_directories(temp_dir() / "folder.stl");
+    std::filesystem::create_directories(temp_dir() / "folder.ply");
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_file(wide((temp_dir() / "folder.stl").string())));
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_file(wide((temp_dir() / "folder.ply").string())));
+}
+
+TEST(MeshFiles, AsciiStlCubeMergesCornersAndAccumulatesNormals)
+{
+    auto facets = cube_facets();
+    auto mesh =
+        ixo_indexed_mesh::read_from_stl_file(wide(write_file("cube.stl", ascii_stl(facets))));
+    ASSERT_TRUE(mesh);
+    EXPECT_EQ(mesh->get_num_vertices(), 8u);
+    EXPECT_EQ(mesh->get_num_indices(), 36u);
+    expect_merged(*mesh, facets);
+    // Corner (0,0,0) is used by both facets of the bottom, front and left faces, corner
+    // (1,0,0) by one bottom, two front and one right facet.
+    EXPECT_EQ(mesh->get_index(0, 0), 0u);
+    const float s = 1.0f / std::sqrt(3.0f);
+    expect_vec(mesh->get_vertex(0u).normal, -s, -s, -s);
+    unsigned corner = mesh->get_index(0, 2);
+    expect_vec(mesh->get_vertex(corner).position, 1, 1, 0);
+
+    // CR LF line ends read the same.
+    auto crlf = ixo_indexed_mesh::read_from_stl_file(
+        wide(write_file("crlf.stl", ascii_stl(facets, "\r\n"))));
+    ASSERT_TRUE(crlf);
+    expect_merged(*crlf, facets);
+
+    // A number that is not one makes the file unreadable.
+    std::string bad = ascii_stl(facets);
+    bad.replace(bad.find("vertex 0 1 0"), 12, "vertex 0 x 0");
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_stl_file(wide(write_file("bad.stl", bad))));
+
+    // Fewer than seven lines: no facet, an empty mesh. An empty file likewise.
+    auto empty =
+        ixo_indexed_mesh::read_from_stl_file(wide(write_file("e.stl", "solid x\nendsolid x\n")));
+    ASSERT_TRUE(empty);
+    EXPECT_EQ(empty->get_num_vertices(), 0u);
+    auto nothing = ixo_indexed_mesh::read_from_stl_file(wide(write_file("n.stl", "")));
+    ASSERT_TRUE(nothing);
+    EXPECT_EQ(nothing->get_num_indices(), 0u);
+}
+
+TEST(MeshFiles, BinaryStlDetectionCountsAndMerging)
+{
+    // Two facets sharing an edge; -0 and +0 are the same position.
+    std::vector<facet> facets = {
+        {{0, 0, 1}, {0, 0, 0, 1, 0, 0, 0, 1, 0}},
+        {{1, 0, 0}, {1, 0, 0, 0, 1, 0, -0.0f, 2, 3}},
+        {{0, 1, 0}, {0, -0.0f, 0, 0, 1, 0, 0, 2, 3}},
+    };
+    auto mesh = ixo_indexed_mesh::read_from_stl_file(
+        wide(write_file("two.stl", binary_stl(facets, char(200)))));
+    ASSERT_TRUE(mesh);
+    EXPECT_EQ(mesh->get_num_vertices(), 4u);
+    expect_merged(*mesh, facets);
+    expect_vec(mesh->get_vertex(1u).normal, std::sqrt(0.5f), 0, std::sqrt(0.5f));
+
+    // A facet count of 0: a mesh without vertices.
+    auto none = ixo_indexed_mesh::read_from_stl_file(
+        wide(write_file("none.stl", binary_stl({}, char(128)))));
+    ASSERT_TRUE(none);
+    EXPECT_EQ(none->get_num_vertices(), 0u);
+    EXPECT_EQ(none->get_num_indices(), 0u);
+
+    // Counts promising more facets than the file holds are refused, however large.
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_stl_file(
+        wide(write_file("short.stl", binary_stl(facets, char(255), 4)))));
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_stl_file(
+        wide(write_file("huge.stl", binary_stl(facets, char(255), 0xffffffffu)))));
+    // Shorter than a header.
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_stl_file(wide(write_file("tiny.stl", "\xff\x01"))));
+
+    // A text file with one stray byte of 200 is treated as binary (and is no valid one).
+    std::string text = ascii_stl(cube_facets());
+    text[text.size() / 2] = char(200);
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_stl_file(wide(write_file("stray.stl", text))));
+
+    // Non-finite coordinates give a mesh, not a crash.
+    float inf = INFINITY, nan = NAN;
+    std::vector<facet> odd = {{{nan, 0, 0}, {inf, 0, 0, nan, 1, 0, nan, 1, 0}}};
+    auto strange = ixo_indexed_mesh::read_from_stl_file(
+        wide(write_file("odd.stl", binary_stl(odd, char(200)))));
+    ASSERT_TRUE(strange);
+    EXPECT_EQ(strange->get_num_indices(), 3u);
+    EXPECT_TRUE(strange->has_valid_indices());
+}
+
+namespace
+{
+
+// The same 4-vertex, 2-face mesh in each storage mode, with an element and properties the
+// reader does not know, comments and obj_info.
+std::string ply_two_faces(const char* mode)
+{
+    const float v[4][3] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 1}};
+    const int f[2][3] = {{0, 1, 2}, {0, 2, 3}};
+    std::string s = "ply\nformat ";
+    s += mode;
+    s += " 1.0\ncomment made by a test\nobj_info nothing\n"
+         "element vertex 4\nproperty double z\nproperty float x\nproperty uchar red\n"
+         "property float y\nelement face 2\nproperty list ushort uint vertex_indices\n"
+         "property int flags\nelement edge 1\nproperty list uchar int vertex1\nend_header\n";
+    std::string m = mode;
+    bool big = m == "binary_big_endian";
+    if (m == "ascii")
+    {
+        std::ostringstream o;
+        for (auto const& p : v)
+            o << p[2] << ' ' << p[0] << " 255 " << p[1] << '\n';
+        for (auto const& t : f)
+            o << "3 " << t[0] << ' ' << t[1] << ' ' << t[2] << " -7\n";
+        o << "2 0 3\n";
+        return s + o.str();
+    }
+    for (auto const& p : v)
+    {
+        put<double>(s, p[2], big);
+        put<float>(s, p[0], big);
+        put<std::uint8_t>(s, 255, big);
+        put<float>(s, p[1], big);
+    }
+    for (auto const& t : f)
+    {
+        put<std::uint16_t>(s, 3, big);
+        for (int i : t)
+            put<std::uint32_t>(s, std::uint32_t(i), big);
+        put<std::int32_t>(s, -7, big);
+    }
+    put<std::uint8_t>(s, 2, big);
+    put<std::int32_t>(s, 0, big);
+    put<std::int32_t>(s, 3, big);
+    return s;
+}
+
+} // namespace
+
+TEST(MeshFiles, PlyInEveryStorageModeGivesTheSameMesh)
+{
+    const float r3 = 1.0f / std::sqrt(3.0f);
+    // Vertices 0 and 2 share both faces: normalize((0,0,1) + (1,-1,1)/sqrt 3).
+    ixo_vector3<float> shared = ixo_vector3<float>(0, 0, 1) + ixo_vector3<float>(r3, -r3, r3);
+    shared.normalize();
+    for (const char* mode : {"ascii", "binary_little_endian", "binary_big_endian"})
+    {
+        SCOPED_TRACE(mode);
+        auto mesh = ixo_indexed_mesh::read_from_ply_file(
+            wide(write_file(std::string(mode) + ".ply", ply_two_faces(mode))));
+        ASSERT_TRUE(mesh);
+        ASSERT_EQ(mesh->get_num_vertices(), 4u);
+        ASSERT_EQ(mesh->get_num_indices(), 6u);
+        const unsigned expected[6] = {0, 1, 2, 0, 2, 3};
+        for (int i = 0; i < 6; ++i)
+            EXPECT_EQ(mesh->get_index_data()[i], expected[i]);
+        expect_vec(mesh->get_vertex(3u).position, 0, 1, 1);
+        expect_vec(mesh->get_vertex(1u).normal, 0, 0, 1);
+        expect_vec(mesh->get_vertex(3u).normal, r3, -r3, r3);
+        expect_vec(mesh->get_vertex(0u).normal, shared[0], shared[1], shared[2]);
+        expect_vec(mesh->get_vertex(2u).normal, shared[0], shared[1], shared[2]);
+    }
+}
+
+TEST(MeshFiles, PlyPolygonsBecomeFansAndBadFilesAreRefused)
+{
+    std::string head = "ply\nformat ascii 1.0\nelement vertex 5\nproperty float x\n"
+                       "property float y\nproperty float z\nelement face 3\n"
+                       "property list uchar int vertex_index\nend_header\n"
+                       "0 0 0\n1 0 0\n1 1 0\n0 1 0\n0.5 2 0\n";
+    auto quad = ixo_indexed_mesh::read_from_ply_file(
+        wide(write_file("quad.ply", head + "4 0 1 2 3\n2 0 1\n5 0 1 2 4 3\n")));
+    ASSERT_TRUE(quad);
+    // The quad gives (0,1,2) (0,2,3); the line is dropped; the pentagon gives three.
+    const unsigned expected[] = {0, 1, 2, 0, 2, 3, 0, 1, 2, 0, 2, 4, 0, 4, 3};
+    ASSERT_EQ(quad->get_num_indices(), 15u);
+    for (int i = 0; i < 15; ++i)
+        EXPECT_EQ(quad->get_index_data()[i], expected[i]) << i;
+    expect_vec(quad->get_vertex(4u).normal, 0, 0, 1);
+
+    // An index outside the vertex array, a negative one, a truncated body, counts larger
+    // than the file, a header that is not PLY.
+    for (std::string body :
+         {"3 0 1 5\n3 0 1 2\n3 0 1 2\n", "3 0 -1 2\n3 0 1 2\n3 0 1 2\n", "3 0 1 2\n3 0 1"})
+        EXPECT_FALSE(ixo_indexed_mesh::read_from_ply_file(wide(write_file("bad.ply", head + body))))
+            << body;
+    std::string huge = "ply\nformat binary_little_endian 1.0\nelement vertex 2000000000\n"
+                       "property float x\nproperty float y\nproperty float z\nend_header\n";
+    huge.append(120, '\0');
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_ply_file(wide(write_file("huge.ply", huge))));
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_ply_file(wide(write_file("text.ply", "solid x\n"))));
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_ply_file(wide(write_file("empty.ply", ""))));
+
+    // Points without faces: vertices, no triangles.
+    std::string cloud = "ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\n"
+                        "property float y\nproperty float z\nend_header\n1 2 3\n4 5 6\n";
+    auto points = ixo_indexed_mesh::read_from_ply_file(wide(write_file("cloud.ply", cloud)));
+    ASSERT_TRUE(points);
+    EXPECT_EQ(points->get_num_vertices(), 2u);
+    EXPECT_EQ(points->get_num_indices(), 0u);
+    expect_vec(points->get_vertex(1u).position, 4, 5, 6);
+}
+
+namespace
+{
+
+// Three sections; the second has a quad, a normal list and a face naming a missing point.
+const char* const vrml_text = R"(#VRML V1.0 ascii
+Separator {
+  Material { diffuseColor 1 0 0 }
+  Coordinate3 {
+    point [
+      0 0 0, 1 0 0,
+      0 1 0,
+    ]
+  }
+  IndexedFaceSet {
+    coordIndex [
+      0, 1, 2, -1,
+    ]
+  }
+  Material { diffuseColor 0 1 0 }
+  Coordinate3 {
+    point [
+      0 0 5, 2 0 5, 2 2 5, 0 2 5, # a comment 9 9 9
+    ]
+  }
+  Normal {
+    vector [
+      0 0 -1,
+      0 0 1,
+    ]
+  }
+  IndexedFaceSet {
+    coordIndex [
+      0, 1, 2, 3, -1,
+      0, 1, 9, -1,
+    ]
+    normalIndex [
+      0, 1, 0, 1, -1,
+      0, 0, 0, -1,
+    ]
+  }
+  Material { diffuseColor 0 0 1 }
+  Coordinate3 {
+    point [ 0 0 0, 0 1 0, 0 0 1 ]
+  }
+  IndexedFaceSet {
+    coordIndex [ 0, 1, 2, -1 ]
+  }
+}
+)";
+
+} // namespace
+
+TEST(MeshFiles, VrmlSectionsAndAllSections)
+{
+    std::string path = write_file("three.wrl", vrml_text);
+    EXPECT_EQ(ixo_indexed_mesh::calculate_meshes_in_vrml_file(wide(path)), 3);
+    EXPECT_EQ(ixo_indexed_mesh::calculate_meshes_in_vrml_file(wide(path + ".missing")), 0);
+
+    auto second = ixo_indexed_mesh::read_from_vrml_file(wide(path), 1);
+    ASSERT_TRUE(second);
+    ASSERT_EQ(second->get_num_vertices(), 4u);
+    ASSERT_EQ(second->get_num_indices(), 6u); // the quad as a fan; the bad face dropped
+    const unsigned expected[6] = {0, 1, 2, 0, 2, 3};
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(second->get_index_data()[i], expected[i]);
+    expect_vec(second->get_vertex(2u).position, 2, 2, 5);
+    // Normals as the normal list gives them, without flipping.
+    expect_vec(second->get_vertex(0u).normal, 0, 0, -1);
+    expect_vec(second->get_vertex(1u).normal, 0, 0, 1);
+
+    auto third = ixo_indexed_mesh::read_from_vrml_file(wide(path), 2);
+    ASSERT_TRUE(third);
+    ASSERT_EQ(third->get_num_vertices(), 3u);
+    // (0,1,0) x (0,0,1) = (1,0,0), computed because the section has no normal list.
+    expect_vec(third->get_vertex(0u).normal, 1, 0, 0);
+
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_vrml_file(wide(path), 3));
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_vrml_file(wide(path), -1));
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_vrml_file(wide(path + ".missing"), 0));
+
+    auto all = ixo_indexed_mesh::read_all_meshes_from_vrml_file(wide(path), false);
+    ASSERT_TRUE(all);
+    ASSERT_EQ(all->get_num_vertices(), 10u);
+    ASSERT_EQ(all->get_num_indices(), 12u);
+    // The third section's triangle is offset by the seven points before it.
+    EXPECT_EQ(all->get_index(3, 0), 7u);
+    EXPECT_EQ(all->get_index(1, 2), 5u);
+    expect_vec(all->get_vertex(3u).normal, 0, 0, -1);
+
+    // Flipping turns the file normal that points away from its face (0,0,1).
+    auto flipped = ixo_indexed_mesh::read_all_meshes_from_vrml_file(wide(path), true);
+    ASSERT_TRUE(flipped);
+    expect_vec(flipped->get_vertex(3u).normal, 0, 0, 1);
+    expect_vec(flipped->get_vertex(5u).normal, 0, 0, 1);
+
+    // The in-memory reader gives the same mesh and leaves the pointer alone.
+    std::string copy = vrml_text;
+    char* text = copy.data();
+    auto from_buffer = ixo_indexed_mesh::read_all_meshes_from_vrml_file_buffer(&text, true);
+    ASSERT_TRUE(from_buffer);
+    EXPECT_EQ(text, copy.data());
+    ASSERT_EQ(from_buffer->get_num_vertices(), flipped->get_num_vertices());
+    ASSERT_EQ(from_buffer->get_num_indices(), flipped->get_num_indices());
+    EXPECT_EQ(std::memcmp(from_buffer->get_vertex_data(), flipped->get_vertex_data(),
+                          10 * sizeof(ixo_mesh_vertex)),
+              0);
+    EXPECT_EQ(std::memcmp(from_buffer->get_index_data(), flipped->get_index_data(), 12 * 4), 0);
+
+    EXPECT_FALSE(ixo_indexed_mesh::read_all_meshes_from_vrml_file_buffer(nullptr, false));
+    char* null_text = nullptr;
+    EXPECT_FALSE(ixo_indexed_mesh::read_all_meshes_from_vrml_file_buffer(&null_text, false));
+}
+
+TEST(MeshFiles, VrmlLongLinesAndGarbageStaySafe)
+{
+    // A 5,000-character line splits into 1,023-byte pieces; none of them is geometry.
+    std::string text = "Material {\nCoordinate3 {\npoint [\n0 0 0, 1 0 0, 0 1 0,\n" +
+                       std::string(5000, '7') + "\n]\n}\nIndexedFaceSet {\ncoordIndex [\n" +
+                       "0, 1, 2, -1, 2, 1, -5, -1, 0, 1\n]\n}\n";
+    std::vector<char> buffer(text.begin(), text.end());
+    buffer.push_back('\0');
+    char* p = buffer.data();
+    auto mesh = ixo_indexed_mesh::read_all_meshes_from_vrml_file_buffer(&p, false);
+    ASSERT_TRUE(mesh);
+    EXPECT_TRUE(mesh->has_valid_indices());
+    EXPECT_GE(mesh->get_num_indices(), 3u);
+    EXPECT_EQ(mesh->get_num_indices() % 3, 0u);
+
+    // Text without sections gives an empty mesh.
+    char plain[] = "point [ 1 2 3 ]\n";
+    char* q = plain;
+    auto empty = ixo_indexed_mesh::read_all_meshes_from_vrml_file_buffer(&q, false);
+    ASSERT_TRUE(empty);
+    EXPECT_EQ(empty->get_num_vertices(), 0u);
+}
