@@ -85,9 +85,6 @@ EGLDisplay x11_display()
     return display;
 }
 
-thread_local EGLContext t_current = EGL_NO_CONTEXT;
-thread_local EGLSurface t_current_surface = EGL_NO_SURFACE;
-
 } // namespace
 
 std::unique_ptr<ixo_gl_context> ixo_gl_context::create(bool native_display_wanted)
@@ -140,8 +137,6 @@ std::unique_ptr<ixo_gl_context> ixo_gl_context::create(bool native_display_wante
         return nullptr;
     if (!eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, gl->m_context))
         return nullptr;
-    t_current = gl->m_context;
-    t_current_surface = EGL_NO_SURFACE;
     if (epoxy_gl_version() < 45)
         return nullptr;
     return gl;
@@ -151,23 +146,19 @@ ixo_gl_context::~ixo_gl_context()
 {
     if (m_context != EGL_NO_CONTEXT)
     {
-        if (t_current == m_context)
-        {
+        if (eglGetCurrentContext() == m_context)
             eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
-            t_current = EGL_NO_CONTEXT;
-            t_current_surface = EGL_NO_SURFACE;
-        }
         eglDestroyContext(m_display, m_context);
     }
 }
 
 void ixo_gl_context::make_current()
 {
-    if (t_current == m_context && t_current_surface == m_current_surface)
+    // The host may make other contexts current between calls, so ask EGL (a thread-local
+    // read) rather than trusting what this library last did.
+    if (eglGetCurrentContext() == m_context && eglGetCurrentSurface(EGL_DRAW) == m_current_surface)
         return;
     eglMakeCurrent(m_display, m_current_surface, m_current_surface, m_context);
-    t_current = m_context;
-    t_current_surface = m_current_surface;
 }
 
 EGLSurface ixo_gl_context::create_window_surface(HWND window)
@@ -186,8 +177,6 @@ void ixo_gl_context::destroy_window_surface(EGLSurface surface)
     {
         m_current_surface = EGL_NO_SURFACE;
         eglMakeCurrent(m_display, EGL_NO_SURFACE, EGL_NO_SURFACE, m_context);
-        t_current = m_context;
-        t_current_surface = EGL_NO_SURFACE;
     }
     eglDestroySurface(m_display, surface);
 }
