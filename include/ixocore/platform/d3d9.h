@@ -714,7 +714,9 @@ struct IDirect3DSwapChain9 : IUnknown
 };
 
 // The device. Fixed-function drawing is emulated by generated GLSL (Direct3D 9's lighting
-// equation); within an effect pass the effect's program draws instead.
+// equation); within an effect pass the effect's program draws instead. Unlike Direct3D,
+// bindings (render target, depth/stencil, texture, stream, indices) hold no reference: a
+// resource released while bound is unbound, and the Get calls then answer null.
 struct IDirect3DDevice9 : IUnknown
 {
     // D3D_OK, or D3DERR_DEVICELOST / D3DERR_DEVICENOTRESET after the device was lost.

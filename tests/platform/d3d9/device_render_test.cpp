@@ -637,3 +637,123 @@ TEST_F(device_render, bad_calls_answer_invalid_call)
     EXPECT_EQ(depth->LockRect(&lr, nullptr, 0), D3DERR_INVALIDCALL);
     EXPECT_EQ(target->LockRect(&lr, nullptr, 0), D3DERR_INVALIDCALL);
 }
+
+TEST_F(device_render, material_sources_pick_vertex_or_material_colours)
+{
+    // Directional light straight into the screen: N.L = 1 for normals facing the eye.
+    identity_transforms();
+    D3DLIGHT9 light{};
+    light.Type = D3DLIGHT_DIRECTIONAL;
+    light.Direction = {0.f, 0.f, 1.f};
+    light.Diffuse = {1.f, 1.f, 1.f, 1.f};
+    ASSERT_EQ(device->SetLight(3, &light), D3D_OK);
+    ASSERT_EQ(device->LightEnable(3, TRUE), D3D_OK);
+    BOOL enabled = FALSE;
+    ASSERT_EQ(device->GetLightEnable(3, &enabled), D3D_OK);
+    EXPECT_TRUE(enabled);
+    D3DMATERIAL9 m{};
+    m.Diffuse = {0.f, 0.f, 1.f, 0.5f};
+    m.Ambient = {1.f, 1.f, 1.f, 1.f};
+    device->SetMaterial(&m);
+    device->SetRenderState(D3DRS_LIGHTING, TRUE);
+    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+    struct xyz_normal_color
+    {
+        float x, y, z, nx, ny, nz;
+        D3DCOLOR c;
+    };
+    const D3DCOLOR c = D3DCOLOR_ARGB(200, 255, 0, 0);
+    xyz_normal_color v[4] = {{-1, 1, 0.5f, 0, 0, -1, c},
+                             {1, 1, 0.5f, 0, 0, -1, c},
+                             {-1, -1, 0.5f, 0, 0, -1, c},
+                             {1, -1, 0.5f, 0, 0, -1, c}};
+    device->SetFVF(D3DFVF_XYZ | D3DFVF_NORMAL | D3DFVF_DIFFUSE);
+    auto draw = [&]
+    {
+        device->Clear(0, nullptr, D3DCLEAR_TARGET, 0, 1.f, 0);
+        device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, v, sizeof(xyz_normal_color));
+        return at(read(), W / 2, H / 2);
+    };
+    // Default: diffuse from the vertex colour (colour and alpha).
+    EXPECT_TRUE(ixo_pixel_is(draw(), 255, 0, 0, 200));
+    // From the material.
+    device->SetRenderState(D3DRS_DIFFUSEMATERIALSOURCE, D3DMCS_MATERIAL);
+    EXPECT_TRUE(ixo_pixel_is(draw(), 0, 0, 255, 128));
+    // Colour vertex off also means the material, whatever the sources say.
+    device->SetRenderState(D3DRS_DIFFUSEMATERIALSOURCE, D3DMCS_COLOR1);
+    device->SetRenderState(D3DRS_COLORVERTEX, FALSE);
+    EXPECT_TRUE(ixo_pixel_is(draw(), 0, 0, 255, 128));
+    // Ambient from the vertex, lit by the global ambient only.
+    device->SetRenderState(D3DRS_COLORVERTEX, TRUE);
+    device->SetRenderState(D3DRS_DIFFUSEMATERIALSOURCE, D3DMCS_MATERIAL);
+    device->SetRenderState(D3DRS_AMBIENTMATERIALSOURCE, D3DMCS_COLOR1);
+    device->SetRenderState(D3DRS_AMBIENT, D3DCOLOR_XRGB(128, 128, 128));
+    EXPECT_TRUE(ixo_pixel_is(draw(), 128, 0, 255, 128));
+    // Lighting off: the vertex colour as it is.
+    device->SetRenderState(D3DRS_LIGHTING, FALSE);
+    EXPECT_TRUE(ixo_pixel_is(draw(), 255, 0, 0, 200, 0));
+    // Lights off: only emissive and ambient remain.
+    device->SetRenderState(D3DRS_LIGHTING, TRUE);
+    device->LightEnable(3, FALSE);
+    EXPECT_TRUE(ixo_pixel_is(draw(), 128, 0, 0, 128));
+}
+
+TEST_F(device_render, texture_stage_and_alpha_test)
+{
+    IDirect3DTexture9* texture = nullptr;
+    ASSERT_EQ(
+        device->CreateTexture(2, 1, 1, 0, D3DFMT_A8R8G8B8, D3DPOOL_MANAGED, &texture, nullptr),
+        D3D_OK);
+    EXPECT_EQ(texture->GetLevelCount(), 1u);
+    D3DLOCKED_RECT lr{};
+    ASSERT_EQ(texture->LockRect(0, &lr, nullptr, 0), D3D_OK);
+    // Left texel opaque white, right texel transparent white (b, g, r, a).
+    std::memcpy(lr.pBits, "\xff\xff\xff\xff\xff\xff\xff\x10", 8);
+    texture->UnlockRect(0);
+    struct rhw_tex
+    {
+        float x, y, z, rhw;
+        D3DCOLOR c;
+        float u, v;
+    };
+    const D3DCOLOR c = D3DCOLOR_ARGB(255, 0, 255, 0);
+    rhw_tex v[4] = {{-0.5f, -0.5f, 0, 1, c, 0, 0},
+                    {31.5f, -0.5f, 0, 1, c, 1, 0},
+                    {-0.5f, 15.5f, 0, 1, c, 0, 1},
+                    {31.5f, 15.5f, 0, 1, c, 1, 1}};
+    device->SetFVF(D3DFVF_XYZRHW | D3DFVF_DIFFUSE | D3DFVF_TEX1);
+    device->SetTexture(0, texture);
+    IDirect3DBaseTexture9* bound = nullptr;
+    ASSERT_EQ(device->GetTexture(0, &bound), D3D_OK);
+    EXPECT_EQ(bound, texture);
+    bound->Release();
+    auto draw = [&]
+    {
+        device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff000000, 1.f, 0);
+        device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, v, sizeof(rhw_tex));
+        return read();
+    };
+    // Default stage: colour = texture * diffuse, alpha = texture.
+    auto p = draw();
+    EXPECT_TRUE(ixo_pixel_is(at(p, 4, 4), 0, 255, 0, 255, 0));
+    EXPECT_TRUE(ixo_pixel_is(at(p, 24, 4), 0, 255, 0, 0x10, 0));
+    // Alpha test drops the transparent half.
+    device->SetRenderState(D3DRS_ALPHATESTENABLE, TRUE);
+    device->SetRenderState(D3DRS_ALPHAREF, 0x80);
+    device->SetRenderState(D3DRS_ALPHAFUNC, D3DCMP_GREATEREQUAL);
+    p = draw();
+    EXPECT_TRUE(ixo_pixel_is(at(p, 4, 4), 0, 255, 0, 255, 0));
+    EXPECT_TRUE(ixo_pixel_is(at(p, 24, 4), 0, 0, 0, 255, 0));
+    device->SetRenderState(D3DRS_ALPHATESTENABLE, FALSE);
+    // Select the texture alone; then disable the stage: the diffuse colour alone.
+    device->SetTextureStageState(0, D3DTSS_COLOROP, D3DTOP_SELECTARG1);
+    p = draw();
+    EXPECT_TRUE(ixo_pixel_is(at(p, 4, 4), 255, 255, 255, 255, 0));
+    device->SetTextureStageState(0, D3DTSS_COLOROP, D3DTOP_DISABLE);
+    p = draw();
+    EXPECT_TRUE(ixo_pixel_is(at(p, 24, 4), 0, 255, 0, 255, 0));
+    // Releasing the texture unbinds it.
+    texture->Release();
+    ASSERT_EQ(device->GetTexture(0, &bound), D3D_OK);
+    EXPECT_EQ(bound, nullptr);
+}
