@@ -159,6 +159,7 @@ public:
     HRESULT UnlockRect(UINT Level) override;
 
     GLuint texture() const { return m_texture; }
+    ixo_d3d9_device* device() const { return m_device; }
     void level_changed(UINT level);
 
 private:

@@ -524,7 +524,8 @@ HRESULT ixo_d3d9_device::GetRenderTargetData(IDirect3DSurface9* pRenderTarget,
 {
     ixo_d3d9_surface* src = as_surface(pRenderTarget);
     ixo_d3d9_surface* dst = as_surface(pDestSurface);
-    if (!src || !dst || src == dst || !src->is_gpu() || dst->is_gpu() || src->format()->depth ||
+    if (!src || !dst || src == dst || src->device() != this || dst->device() != this ||
+        !src->is_gpu() || dst->is_gpu() || src->format()->depth ||
         src->desc().Format != dst->desc().Format || src->desc().Width != dst->desc().Width ||
         src->desc().Height != dst->desc().Height || dst->is_locked() || src->is_locked())
         return D3DERR_INVALIDCALL;
@@ -541,8 +542,9 @@ HRESULT ixo_d3d9_device::StretchRect(IDirect3DSurface9* pSourceSurface, const RE
 {
     ixo_d3d9_surface* src = as_surface(pSourceSurface);
     ixo_d3d9_surface* dst = as_surface(pDestSurface);
-    if (!src || !dst || src == dst || !src->is_gpu() || !dst->is_gpu() || src->is_locked() ||
-        dst->is_locked() || Filter > D3DTEXF_LINEAR)
+    if (!src || !dst || src == dst || src->device() != this || dst->device() != this ||
+        !src->is_gpu() || !dst->is_gpu() || src->is_locked() || dst->is_locked() ||
+        Filter > D3DTEXF_LINEAR)
         return D3DERR_INVALIDCALL;
     RECT s = pSourceRect ? *pSourceRect : whole(src);
     RECT d = pDestRect ? *pDestRect : whole(dst);
@@ -571,7 +573,7 @@ HRESULT ixo_d3d9_device::StretchRect(IDirect3DSurface9* pSourceSurface, const RE
 HRESULT ixo_d3d9_device::ColorFill(IDirect3DSurface9* pSurface, const RECT* pRect, D3DCOLOR color)
 {
     ixo_d3d9_surface* s = as_surface(pSurface);
-    if (!s || s->format()->depth || s->is_locked() || !s->is_gpu())
+    if (!s || s->device() != this || s->format()->depth || s->is_locked() || !s->is_gpu())
         return D3DERR_INVALIDCALL;
     RECT r = pRect ? *pRect : whole(s);
     if (!rect_inside(r, s))
@@ -596,7 +598,7 @@ HRESULT ixo_d3d9_device::SetRenderTarget(DWORD RenderTargetIndex, IDirect3DSurfa
     ixo_d3d9_surface* s = as_surface(pRenderTarget);
     if (RenderTargetIndex != 0)
         return s ? D3DERR_INVALIDCALL : D3D_OK;
-    if (!s || !(s->desc().Usage & D3DUSAGE_RENDERTARGET) || !s->is_gpu())
+    if (!s || s->device() != this || !(s->desc().Usage & D3DUSAGE_RENDERTARGET) || !s->is_gpu())
         return D3DERR_INVALIDCALL;
     m_render_target = s;
     m_viewport = D3DVIEWPORT9{0, 0, s->desc().Width, s->desc().Height, 0.f, 1.f};
@@ -623,7 +625,7 @@ HRESULT ixo_d3d9_device::GetRenderTarget(DWORD RenderTargetIndex,
 HRESULT ixo_d3d9_device::SetDepthStencilSurface(IDirect3DSurface9* pNewZStencil)
 {
     ixo_d3d9_surface* s = as_surface(pNewZStencil);
-    if (s && !s->format()->depth)
+    if (s && (!s->format()->depth || s->device() != this))
         return D3DERR_INVALIDCALL;
     m_depth_stencil = s;
     m_fbo_dirty = m_render_states_dirty = true;
@@ -978,7 +980,10 @@ HRESULT ixo_d3d9_device::SetTexture(DWORD Stage, IDirect3DBaseTexture9* pTexture
 {
     if (Stage >= m_stages.size())
         return D3DERR_INVALIDCALL;
-    if (pTexture && pTexture->GetType() != D3DRTYPE_TEXTURE)
+    if (pTexture &&
+        (pTexture->GetType() != D3DRTYPE_TEXTURE ||
+         static_cast<ixo_d3d9_texture*>(static_cast<IDirect3DTexture9*>(pTexture))->device() !=
+             this))
         return D3DERR_INVALIDCALL;
     if ((m_stages[Stage].texture == nullptr) != (pTexture == nullptr))
         m_program_dirty = true;
@@ -1077,7 +1082,8 @@ HRESULT ixo_d3d9_device::SetStreamSource(UINT StreamNumber, IDirect3DVertexBuffe
 {
     if (StreamNumber != 0)
         return pStreamData ? D3DERR_INVALIDCALL : D3D_OK;
-    if (pStreamData && (Stride == 0 || Stride > 255))
+    if (pStreamData && (Stride == 0 || Stride > 255 ||
+                        static_cast<ixo_d3d9_vertex_buffer*>(pStreamData)->m_data.device != this))
         return D3DERR_INVALIDCALL;
     m_stream = static_cast<ixo_d3d9_vertex_buffer*>(pStreamData);
     m_stream_offset = pStreamData ? OffsetInBytes : 0;
@@ -1100,6 +1106,8 @@ HRESULT ixo_d3d9_device::GetStreamSource(UINT StreamNumber, IDirect3DVertexBuffe
 
 HRESULT ixo_d3d9_device::SetIndices(IDirect3DIndexBuffer9* pIndexData)
 {
+    if (pIndexData && static_cast<ixo_d3d9_index_buffer*>(pIndexData)->m_data.device != this)
+        return D3DERR_INVALIDCALL;
     m_indices = static_cast<ixo_d3d9_index_buffer*>(pIndexData);
     return D3D_OK;
 }

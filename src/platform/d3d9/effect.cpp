@@ -335,7 +335,10 @@ public:
     HRESULT SetTexture(D3DXHANDLE h, LPDIRECT3DBASETEXTURE9 t) override
     {
         parameter* p = find(h);
-        if (!p || !is_sampler(p->type) || (t && t->GetType() != D3DRTYPE_TEXTURE))
+        if (!p || !is_sampler(p->type) ||
+            (t && (t->GetType() != D3DRTYPE_TEXTURE ||
+                   static_cast<ixo_d3d9_texture*>(static_cast<IDirect3DTexture9*>(t))->device() !=
+                       m_device)))
             return D3DERR_INVALIDCALL;
         p->texture = t;
         return changed(*p);
