@@ -631,6 +631,7 @@ protected:
 // The Direct3D object: adapters, their checks and capabilities, device creation.
 struct IDirect3D9 : IUnknown
 {
+    // Adapters are simulated (see d3d9_testing.h); by default one, drawing with OpenGL.
     virtual UINT GetAdapterCount() = 0;
     // D3D_OK when the adapter renders the formats in a window (X8R8G8B8 display with
     // A8R8G8B8 or X8R8G8B8 back buffers), D3DERR_NOTAVAILABLE otherwise.
@@ -654,12 +655,14 @@ struct IDirect3D9 : IUnknown
 
 struct IDirect3DResource9 : IUnknown
 {
+    // The creating device, with a reference added.
     virtual HRESULT GetDevice(IDirect3DDevice9** ppDevice) = 0;
     virtual D3DRESOURCETYPE GetType() = 0;
 };
 
 struct IDirect3DBaseTexture9 : IDirect3DResource9
 {
+    // Number of mip levels.
     virtual DWORD GetLevelCount() = 0;
 };
 
@@ -667,6 +670,7 @@ struct IDirect3DBaseTexture9 : IDirect3DResource9
 // buffer or one level of a texture (whose references are the texture's).
 struct IDirect3DSurface9 : IDirect3DResource9
 {
+    // Format, usage, pool and size.
     virtual HRESULT GetDesc(D3DSURFACE_DESC* pDesc) = 0;
     // Maps the pixels (or pRect of them): row 0 is the top of the image, pitch in bytes.
     // Depth/stencil surfaces and render targets made without Lockable cannot be locked.
@@ -676,6 +680,7 @@ struct IDirect3DSurface9 : IDirect3DResource9
 
 struct IDirect3DTexture9 : IDirect3DBaseTexture9
 {
+    // Description of one level; D3DERR_INVALIDCALL past the last level.
     virtual HRESULT GetLevelDesc(UINT Level, D3DSURFACE_DESC* pDesc) = 0;
     // The surface of one mip level, with a reference added.
     virtual HRESULT GetSurfaceLevel(UINT Level, IDirect3DSurface9** ppSurfaceLevel) = 0;
@@ -695,6 +700,7 @@ struct IDirect3DVertexBuffer9 : IDirect3DResource9
 
 struct IDirect3DIndexBuffer9 : IDirect3DResource9
 {
+    // As IDirect3DVertexBuffer9::Lock.
     virtual HRESULT Lock(UINT OffsetToLock, UINT SizeToLock, void** ppbData, DWORD Flags) = 0;
     virtual HRESULT Unlock() = 0;
     virtual HRESULT GetDesc(D3DINDEXBUFFER_DESC* pDesc) = 0;
@@ -729,6 +735,8 @@ struct IDirect3DDevice9 : IUnknown
     virtual HRESULT GetDeviceCaps(D3DCAPS9* pCaps) = 0;
     virtual HRESULT GetCreationParameters(D3DDEVICE_CREATION_PARAMETERS* pParameters) = 0;
 
+    // A swap chain of its own back buffer: headless an off-screen render target, else
+    // shown in hDeviceWindow by Present. Counts as video memory for Reset.
     virtual HRESULT CreateAdditionalSwapChain(D3DPRESENT_PARAMETERS* pPresentationParameters,
                                               IDirect3DSwapChain9** pSwapChain) = 0;
     virtual HRESULT GetSwapChain(UINT iSwapChain, IDirect3DSwapChain9** pSwapChain) = 0;
@@ -779,6 +787,7 @@ struct IDirect3DDevice9 : IUnknown
     virtual HRESULT SetDepthStencilSurface(IDirect3DSurface9* pNewZStencil) = 0;
     virtual HRESULT GetDepthStencilSurface(IDirect3DSurface9** ppZStencilSurface) = 0;
 
+    // Bracket a frame's drawing; nesting is refused. Drawing outside them is allowed.
     virtual HRESULT BeginScene() = 0;
     virtual HRESULT EndScene() = 0;
     // Clears the viewport (intersected with the rectangles when Count > 0), regardless of
@@ -786,6 +795,8 @@ struct IDirect3DDevice9 : IUnknown
     virtual HRESULT Clear(DWORD Count, const D3DRECT* pRects, DWORD Flags, D3DCOLOR Color, float Z,
                           DWORD Stencil) = 0;
 
+    // D3DTS_WORLD, D3DTS_VIEW and D3DTS_PROJECTION drive drawing; texture and further world
+    // matrices are kept only.
     virtual HRESULT SetTransform(D3DTRANSFORMSTATETYPE State, const D3DMATRIX* pMatrix) = 0;
     virtual HRESULT GetTransform(D3DTRANSFORMSTATETYPE State, D3DMATRIX* pMatrix) = 0;
     // Current = pMatrix * Current (the new matrix applies first).
