@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -169,6 +170,20 @@ public:
     }
 
     bool ok() const { return device && target && depth && copy && vb && ib; }
+
+    // The last frame, blue, green, red, alpha per pixel.
+    std::vector<std::uint8_t> image()
+    {
+        std::vector<std::uint8_t> out(k_size * k_size * 4);
+        D3DLOCKED_RECT lr{};
+        if (copy->LockRect(&lr, nullptr, D3DLOCK_READONLY) != D3D_OK)
+            return {};
+        for (UINT y = 0; y < k_size; ++y)
+            std::memcpy(&out[y * k_size * 4], static_cast<std::uint8_t*>(lr.pBits) + y * lr.Pitch,
+                        k_size * 4);
+        copy->UnlockRect();
+        return out;
+    }
 
     // One frame, finished: the image is read back.
     void draw()
@@ -341,6 +356,7 @@ public:
     }
 
     bool ok() const { return ready; }
+    const std::vector<std::uint8_t>& image() const { return pixels; }
 
     void draw()
     {
@@ -434,6 +450,16 @@ int main(int argc, char** argv)
             s.push_back(time(standin));
         }
     }
+    // Both paths must have drawn the same picture.
+    std::vector<std::uint8_t> a = standin.image(), b = gl.image();
+    int worst = a.size() == b.size() ? 0 : 256;
+    for (size_t i = 0; i < a.size() && i < b.size(); ++i)
+        worst = std::max(worst, std::abs(int(a[i]) - int(b[i])));
+    size_t drawn = 0;
+    for (size_t i = 0; i + 3 < a.size(); i += 4)
+        drawn += a[i] || a[i + 1] || a[i + 2];
+    std::printf("%zu pixels drawn; largest difference between the two images: %d of 255\n", drawn,
+                worst);
     double ms = median(s), mg = median(g);
     std::printf("1,000,000 triangles, %u x %u: stand-in %.2f ms, plain OpenGL %.2f ms per frame "
                 "(medians of %d alternating frames), ratio %.3f\n",
