@@ -8,6 +8,7 @@
 #include <ixocore/platform/d3dx9.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 // ---------------------------------------------------------------------------------------
@@ -300,18 +301,18 @@ void ixo_indexed_mesh::write(ixo_object_ptr<ixo_archive> archive,
 
 namespace
 {
-// Reads `count` items of T in blocks, so that a count larger than the data allocates no
-// more than about twice what the archive actually holds.
+// Reads `count` items of T in blocks that double in size, so that a count larger than the
+// data allocates no more than about twice what the archive actually holds.
 template <typename T>
 bool read_array(ixo_archive& archive, std::uint32_t count, std::vector<T>& out)
 {
-    constexpr std::size_t block = 1 << 16;
+    std::size_t block = 1024;
     out.clear();
-    out.reserve(std::min<std::size_t>(count, block));
     std::size_t done = 0;
     while (done < count)
     {
         std::size_t n = std::min<std::size_t>(count - done, block);
+        block = std::min<std::size_t>(block * 2, std::size_t(1) << 20);
         out.resize(done + n);
         if (!archive.read(int(n * sizeof(T)), out.data() + done))
             return false;

@@ -9,6 +9,7 @@
 
 #include <ixocore/platform/rply.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -106,7 +107,7 @@ public:
     explicit vertex_merger(std::vector<ixo_mesh_vertex>& vertices, std::size_t expected)
         : vertices_(vertices)
     {
-        std::size_t capacity = 1024;
+        std::size_t capacity = 64;
         while (capacity < expected * 2 && capacity < (std::size_t(1) << 30))
             capacity *= 2;
         table_.assign(capacity, 0);
@@ -193,10 +194,19 @@ struct stl_scan
     long long long_lines = 0;
 };
 
+// A read buffer of up to 1 MiB, no larger than the file needs.
+std::size_t buffer_size_for(FILE* fp)
+{
+    long long size = stream_size(fp);
+    if (size < 0 || size >= (1 << 20))
+        return 1 << 20;
+    return std::max<std::size_t>(4096, std::size_t(size) + 1);
+}
+
 stl_scan scan_stl(FILE* fp)
 {
     stl_scan result;
-    std::vector<unsigned char> block(1 << 20);
+    std::vector<unsigned char> block(buffer_size_for(fp));
     long long line_length = 0;
     for (;;)
     {
@@ -233,7 +243,7 @@ stl_scan scan_stl(FILE* fp)
 class token_reader
 {
 public:
-    explicit token_reader(FILE* fp) : fp_(fp), buffer_(1 << 20) {}
+    explicit token_reader(FILE* fp) : fp_(fp), buffer_(buffer_size_for(fp)) {}
 
     // Skips the rest of the current line, line end included.
     void skip_line()
