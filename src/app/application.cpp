@@ -2,14 +2,16 @@
 
 #include <ixocore/app/document.h>
 #include <ixocore/events/event_manager.h>
+#include <ixocore/render/direct3d.h>
+#include <ixocore/render/resource_manager.h>
 
 ixo_application* ixo_application::m_instance = nullptr;
 
 ixo_application::ixo_application()
 {
     event_manager_ = ixo_event_manager::create();
-    // The render-view manager and then the resource manager are created here once they
-    // exist.
+    // The render-view manager is created here once it exists.
+    resource_manager_ = ixo_resource_manager::create();
 }
 
 ixo_application::~ixo_application()
@@ -21,8 +23,9 @@ ixo_application::~ixo_application()
     documents_.clear();
     documents.clear();
     event_manager_ = nullptr;
-    // The render-view manager, the resource manager and the graphics device are released
-    // here, in that order, once they exist.
+    // The render-view manager is released here once it exists.
+    resource_manager_ = nullptr;
+    direct3d_ = nullptr;
 }
 
 ixo_start_code ixo_application::start(HWND window)
@@ -35,9 +38,8 @@ ixo_start_code ixo_application::start(HWND window)
     m_instance = new ixo_application;
     m_instance->start_count_ = 1;
     ixo_start_code code = ixo_start_success;
-    // The graphics device is created here for `window` once it exists; its start code is
-    // what start answers, and the application stays also when it reports a failure.
-    static_cast<void>(window);
+    // The application stays also when the device reports a failure.
+    m_instance->direct3d_ = ixo_direct3d::create(window, code);
     return code;
 }
 
@@ -81,4 +83,14 @@ void ixo_application::post_reset()
 ixo_object_ptr<ixo_event_manager> ixo_application::get_event_manager()
 {
     return event_manager_;
+}
+
+ixo_object_ptr<ixo_resource_manager> ixo_application::get_resource_manager()
+{
+    return resource_manager_;
+}
+
+ixo_object_ptr<ixo_direct3d> ixo_application::get_direct3d()
+{
+    return direct3d_;
 }

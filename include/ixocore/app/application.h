@@ -9,8 +9,10 @@
 
 #include <set>
 
+class ixo_direct3d;
 class ixo_document;
 class ixo_event_manager;
+class ixo_resource_manager;
 
 // The result of start: the outcome of creating the graphics device.
 enum ixo_start_code : int
@@ -52,6 +54,10 @@ public:
     virtual void post_reset();
     // The application's event manager (a new reference).
     virtual ixo_object_ptr<ixo_event_manager> get_event_manager();
+    // The application's resource manager (a new reference).
+    virtual ixo_object_ptr<ixo_resource_manager> get_resource_manager();
+    // The graphics device (a new reference); null when its creation failed.
+    virtual ixo_object_ptr<ixo_direct3d> get_direct3d();
 
 private:
     ixo_application();
@@ -62,7 +68,8 @@ private:
     // Ordered by address, not by creation.
     std::set<ixo_object_ptr<ixo_document>> documents_;
     ixo_object_ptr<ixo_event_manager> event_manager_;
-    // The render-view manager, the resource manager and the graphics device join here, in
-    // that order, when they exist.
+    // The render-view manager joins here when it exists.
+    ixo_object_ptr<ixo_resource_manager> resource_manager_;
+    ixo_object_ptr<ixo_direct3d> direct3d_;
     int start_count_ = 0;
 };
