@@ -1,5 +1,11 @@
 #include <ixocore/render/camera_view.h>
 
+#include <ixocore/platform/d3d9.h>
+#include <ixocore/platform/d3dx9.h>
+#include <ixocore/platform/d3dx9_effect.h>
+#include <ixocore/render/direct3d.h>
+#include <ixocore/render/light.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -36,6 +42,11 @@ float half_fov_tan(float fov)
     return std::tan(pi * 0.5f * fov / 180.0f);
 }
 
+D3DXVECTOR3 d3dx(const ixo_vector3<float>& v)
+{
+    return D3DXVECTOR3(v[0], v[1], v[2]);
+}
+
 constexpr ixo_vector2<float> unprojectable{float(ixo_huge), float(ixo_huge)};
 
 } // namespace
@@ -45,12 +56,13 @@ ixo_object_ptr<ixo_camera_view> ixo_camera_view::create()
     return ixo_object_ptr<ixo_camera_view>(new ixo_camera_view());
 }
 
-ixo_camera_view::ixo_camera_view() = default;
+ixo_camera_view::ixo_camera_view() : light_(ixo_light::create(0)) {}
 
 ixo_camera_view::ixo_camera_view(ixo_camera_view const& other)
     : ixo_object(other), width_(other.width_), height_(other.height_), fov_(other.fov_),
       focus_(other.focus_), eye_(other.eye_), up_(other.up_), near_(other.near_), far_(other.far_),
-      light_on_(other.light_on_), perspective_(other.perspective_), dynamic_(other.dynamic_)
+      light_(other.light_), light_on_(other.light_on_), perspective_(other.perspective_),
+      dynamic_(other.dynamic_)
 {
 }
 
@@ -67,6 +79,7 @@ ixo_camera_view& ixo_camera_view::operator=(ixo_camera_view const& other)
     up_ = other.up_;
     near_ = other.near_;
     far_ = other.far_;
+    light_ = other.light_;
     light_on_ = other.light_on_;
     perspective_ = other.perspective_;
     dynamic_ = other.dynamic_;
@@ -329,6 +342,90 @@ void ixo_camera_view::use_light(bool on)
 bool ixo_camera_view::using_light() const
 {
     return light_on_;
+}
+
+ixo_light* ixo_camera_view::get_light() const
+{
+    return light_.get();
+}
+
+bool ixo_camera_view::initiate_draw()
+{
+    IDirect3DDevice9* device = ixo_direct3d::get_device();
+    if (!device)
+        return false;
+    D3DVIEWPORT9 viewport{};
+    viewport.X = 0;
+    viewport.Y = 0;
+    viewport.Width = DWORD(std::max(width_, 0));
+    viewport.Height = DWORD(std::max(height_, 0));
+    viewport.MinZ = 0.0f;
+    viewport.MaxZ = 1.0f;
+    device->SetViewport(&viewport);
+    apply_projection();
+    if (light_)
+    {
+        light_->set_position(eye_[0], eye_[1], eye_[2]);
+        light_->draw(nullptr);
+    }
+    if (ID3DXEffect* effect = ixo_direct3d::get_effect())
+    {
+        ixo_vector4<float> diffuse(0.0f, 0.0f, 0.0f, 0.0f);
+        if (light_on_ && light_)
+            diffuse = light_->get_diffuse();
+        const D3DXVECTOR4 value(diffuse[0], diffuse[1], diffuse[2], diffuse[3]);
+        effect->SetVector("g_headlightDiffuse", &value);
+    }
+    apply_modelview();
+    return true;
+}
+
+bool ixo_camera_view::apply_perspective()
+{
+    IDirect3DDevice9* device = ixo_direct3d::get_device();
+    if (!device)
+        return false;
+    const float aspect = height_ > 0 ? float(width_) / float(height_) : 1.0f;
+    D3DXMATRIX m;
+    D3DXMatrixPerspectiveFovRH(&m, fov_ * pi / 180.0f, aspect, near_, far_);
+    if (ID3DXEffect* effect = ixo_direct3d::get_effect())
+        effect->SetMatrix("g_mProj", &m);
+    device->SetTransform(D3DTS_PROJECTION, &m);
+    return true;
+}
+
+bool ixo_camera_view::apply_orthographic()
+{
+    IDirect3DDevice9* device = ixo_direct3d::get_device();
+    if (!device)
+        return false;
+    D3DXMATRIX m;
+    D3DXMatrixOrthoRH(&m, 2.0f * frustum_width(), 2.0f * frustum_height(), near_, far_);
+    device->SetTransform(D3DTS_PROJECTION, &m);
+    if (ID3DXEffect* effect = ixo_direct3d::get_effect())
+        effect->SetMatrix("g_mProj", &m);
+    return true;
+}
+
+bool ixo_camera_view::apply_projection()
+{
+    return perspective_ ? apply_perspective() : apply_orthographic();
+}
+
+bool ixo_camera_view::apply_modelview()
+{
+    IDirect3DDevice9* device = ixo_direct3d::get_device();
+    if (!device)
+        return false;
+    const D3DXVECTOR3 eye = d3dx(eye_);
+    const D3DXVECTOR3 focus = d3dx(focus_);
+    const D3DXVECTOR3 up = d3dx(up_);
+    D3DXMATRIX m;
+    D3DXMatrixLookAtRH(&m, &eye, &focus, &up);
+    device->SetTransform(D3DTS_VIEW, &m);
+    if (ID3DXEffect* effect = ixo_direct3d::get_effect())
+        effect->SetMatrix("g_mView", &m);
+    return true;
 }
 
 ixo_vector3<float> ixo_camera_view::point_from_pixel(int x, int y) const

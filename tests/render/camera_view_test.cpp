@@ -1,4 +1,5 @@
 #include <ixocore/render/camera_view.h>
+#include <ixocore/render/light.h>
 
 #include <gtest/gtest.h>
 
@@ -60,6 +61,8 @@ TEST(camera_view, defaults_copy_and_frustum)
     EXPECT_FALSE(camera->using_perspective());
     EXPECT_TRUE(camera->using_light());
     EXPECT_FALSE(camera->is_dynamic());
+    ASSERT_NE(camera->get_light(), nullptr);
+    EXPECT_EQ(camera->get_light()->get_index(), 0);
 
     // Height 0: the width uses aspect 1.
     EXPECT_NEAR(camera->frustum_height(), 10.0f * tan15, 1e-5f);
@@ -69,8 +72,9 @@ TEST(camera_view, defaults_copy_and_frustum)
     EXPECT_NEAR(camera->frustum_height(), 2.679492f, 1e-5f);
     EXPECT_NEAR(camera->frustum_width(), 3.572656f, 1e-5f);
 
-    // Assignment copies every field.
+    // Assignment copies every field and shares the head light.
     camera_ptr other = ixo_camera_view::create();
+    EXPECT_NE(other->get_light(), camera->get_light());
     camera->use_perspective(true);
     camera->use_light(false);
     camera->set_dynamic(true);
@@ -83,6 +87,11 @@ TEST(camera_view, defaults_copy_and_frustum)
     EXPECT_TRUE(other->using_perspective());
     EXPECT_FALSE(other->using_light());
     EXPECT_TRUE(other->is_dynamic());
+    EXPECT_EQ(other->get_light(), camera->get_light());
+    // The shared light outlives the camera it came from.
+    camera.reset();
+    other->get_light()->set_position(1, 2, 3);
+    EXPECT_EQ(other->get_light()->get_position(), v3(1, 2, 3));
 }
 
 TEST(camera_view, pixels_and_points)

@@ -13,7 +13,7 @@
 // Pixels count x to the right and y downwards from the top-left corner of the viewport.
 //
 // Two matrix families exist side by side: the device receives right-handed matrices
-// (look-at, perspective and orthographic from D3DX), while
+// (look-at, perspective and orthographic from D3DX) in initiate_draw, while
 // get_view_matrix() and get_projection_matrix() give left-handed row-vector forms for the
 // shadow and picking computations.
 
@@ -25,14 +25,17 @@
 #include <ixocore/math/quaternion.h>
 #include <ixocore/math/vector.h>
 
+class ixo_light;
+
 class IXO_API ixo_camera_view : public ixo_object
 {
 public:
     // A camera with fov 30, eye (0, 0, 10), focus (0, 0, 0), up (0, 1, 0), near 0.5,
-    // far 200, viewport 0 × 0, orthographic, not dynamic, head light on.
+    // far 200, viewport 0 × 0, orthographic, not dynamic, and a new head light (slot 0)
+    // that shines.
     static ixo_object_ptr<ixo_camera_view> create();
 
-    // Copies every field.
+    // Copies every field; the head light is shared, not duplicated.
     ixo_camera_view& operator=(ixo_camera_view const& other);
 
     // Viewport size in pixels. Operations that divide by it (pan, pixel conversions,
@@ -108,9 +111,23 @@ public:
     // Projection mode: perspective when true, orthographic when false.
     virtual void use_perspective(bool perspective);
     virtual bool using_perspective() const;
-    // Whether the head light shines.
+    // Whether the head light shines (its diffuse colour reaches the effect).
     virtual void use_light(bool on);
     virtual bool using_light() const;
+    // The head light, without a reference of its own.
+    virtual ixo_light* get_light() const;
+
+    // Prepares the device for a frame: viewport (0, 0, width, height, depth 0..1), the
+    // projection, the head light placed at the eye, the effect's head-light colour and the
+    // view matrix. Effect parameters are set only when the effect exists. False when there
+    // is no device.
+    virtual bool initiate_draw();
+    // Hand the right-handed device matrices to the device ("g_mProj"/"g_mView" on the
+    // effect too, when it exists). False when there is no device.
+    virtual bool apply_perspective();
+    bool apply_orthographic();
+    bool apply_projection();
+    bool apply_modelview();
 
     // The point of the focus plane (through the focus, perpendicular to the view
     // direction) under pixel (x, y), in both projections. The focus while the viewport has
@@ -138,6 +155,7 @@ public:
 protected:
     ixo_camera_view();
     ixo_camera_view(ixo_camera_view const& other);
+    // Releases the head light.
     ~ixo_camera_view() override;
 
 private:
@@ -149,6 +167,7 @@ private:
     ixo_vector3<float> up_{0.0f, 1.0f, 0.0f};
     float near_ = 0.5f;
     float far_ = 200.0f;
+    ixo_object_ptr<ixo_light> light_;
     bool light_on_ = true;
     bool perspective_ = false;
     bool dynamic_ = false;
