@@ -1,29 +1,45 @@
 #include <ixocore/app/document.h>
 
 #include <ixocore/app/archive.h>
+#include <ixocore/app/command_manager.h>
 #include <ixocore/app/document_object.h>
 #include <ixocore/events/event.h>
 #include <ixocore/events/event_manager.h>
+#include <ixocore/scene/scene.h>
+#include <ixocore/scene/scene_object.h>
 #include <ixocore/scene/selection.h>
 
 #include <iterator>
 
 ixo_document::ixo_document()
 {
-    // The command manager, the tool manager and the scene are created here, in that order,
-    // once they exist.
+    command_manager_ = ixo_command_manager::create();
+    // The tool manager is created here, between the command manager and the scene.
+    scene_ = ixo_scene::create();
     selection_ = ixo_selection::create();
 }
 
 ixo_document::~ixo_document()
 {
-    // The command history, the tool stack and the scene root's children are cleared here,
-    // in that order, once they exist.
+    // Commands hold scene objects: the history goes first. The tool stack is cleared
+    // between the history and the tree.
+    command_manager_->clear_all();
+    scene_->get_root()->remove_all_children();
     selection_->remove_all();
-    // The command manager, the tool manager and the scene are released here, before the
-    // selection, once they exist.
+    command_manager_ = nullptr;
+    scene_ = nullptr;
     selection_ = nullptr;
     // The objects go with the map, without on_remove.
+}
+
+ixo_object_ptr<ixo_command_manager> ixo_document::get_command_manager()
+{
+    return command_manager_;
+}
+
+ixo_object_ptr<ixo_scene> ixo_document::get_scene()
+{
+    return scene_;
 }
 
 ixo_object_ptr<ixo_selection> ixo_document::get_selection()

@@ -1,4 +1,5 @@
 #include <ixocore/app/add_docobj_command.h>
+#include <ixocore/app/add_scene_object_cmd.h>
 #include <ixocore/app/application.h>
 #include <ixocore/app/command.h>
 #include <ixocore/app/command_manager.h>
@@ -6,6 +7,7 @@
 #include <ixocore/app/document.h>
 #include <ixocore/app/document_object.h>
 #include <ixocore/core/string.h>
+#include <ixocore/scene/scene_object.h>
 
 #include <gtest/gtest.h>
 
@@ -222,7 +224,7 @@ TEST(composite_command, runs_every_child_and_undoes_in_reverse)
     EXPECT_TRUE(manager->can_redo()); // not recorded: the redo stack stays
 }
 
-TEST(model_commands, add_document_object)
+TEST(model_commands, add_document_object_and_scene_object)
 {
     ixo_application::start(nullptr);
     {
@@ -241,6 +243,17 @@ TEST(model_commands, add_document_object)
         manager->redo();
         EXPECT_EQ(doc->get_first_object_of_type(part::static_type()), obj);
 
+        auto parent = ixo_scene_object::create();
+        auto child = ixo_scene_object::create();
+        EXPECT_FALSE(ixo_add_scene_object_cmd::create(nullptr, child)->execute());
+        EXPECT_FALSE(ixo_add_scene_object_cmd::create(parent, nullptr)->undo());
+        EXPECT_TRUE(manager->execute(ixo_add_scene_object_cmd::create(parent, child)));
+        EXPECT_EQ(child->get_parent(), parent);
+        manager->undo();
+        EXPECT_EQ(child->get_parent(), nullptr);
+        EXPECT_EQ(parent->get_num_children(), 0);
+        manager->redo();
+        EXPECT_EQ(parent->get_child(0), child);
         ixo_application::instance()->remove_document(doc);
     }
     ixo_application::end();

@@ -14,12 +14,18 @@
 
 class ixo_application;
 class ixo_archive;
+class ixo_command_manager;
 class ixo_document_object;
+class ixo_scene;
 class ixo_selection;
 
 class IXO_API ixo_document : public ixo_object
 {
 public:
+    // The document's undo history.
+    virtual ixo_object_ptr<ixo_command_manager> get_command_manager();
+    // The document's scene.
+    virtual ixo_object_ptr<ixo_scene> get_scene();
     // The document's selection.
     virtual ixo_object_ptr<ixo_selection> get_selection();
 
@@ -74,8 +80,9 @@ private:
     void report(doc_event_type what);
     bool save_packets(ixo_object_ptr<ixo_archive> archive, int packets);
 
-    // The command manager, the tool manager and the scene join here, in that order and
-    // before the selection, when they exist.
+    ixo_object_ptr<ixo_command_manager> command_manager_;
+    // The tool manager joins here, between the command manager and the scene.
+    ixo_object_ptr<ixo_scene> scene_;
     ixo_object_ptr<ixo_selection> selection_;
     // A type is present only while it has objects.
     std::map<unsigned long, object_set> objects_;

@@ -1,0 +1,325 @@
+#include "scene/scene_probe.h"
+
+#include <ixocore/core/string.h>
+#include <ixocore/math/box.h>
+#include <ixocore/math/matrix.h>
+#include <ixocore/render/scene_draw_data.h>
+#include <ixocore/scene/scene_object.h>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace
+{
+using color = ixo_vector4<unsigned char>;
+using prop = ixo_scene_object::property;
+
+void expect_near(const ixo_vector3<float>& a, const ixo_vector3<float>& b)
+{
+    EXPECT_NEAR(a[0], b[0], 1e-5f);
+    EXPECT_NEAR(a[1], b[1], 1e-5f);
+    EXPECT_NEAR(a[2], b[2], 1e-5f);
+}
+
+ixo_box3<float> cube(float lo, float hi)
+{
+    return ixo_box3<float>(ixo_vector3<float>(lo, lo, lo), ixo_vector3<float>(hi, hi, hi));
+}
+} // namespace
+
+TEST(scene_object, defaults_and_property_range)
+{
+    auto o = ixo_scene_object::create();
+    EXPECT_EQ(o->type_name(), ixo_string(IXO_TEXT("Generic Object")));
+    EXPECT_EQ(o->type(), ixo_scene_object::static_type());
+    EXPECT_NE(o->type(), ixo_invalid_object_type);
+
+    for (int p = 0; p < 16; ++p)
+    {
+        bool const on = p == ixo_scene_object::visible || p == ixo_scene_object::in_foreground ||
+                        p == ixo_scene_object::depth_test || p == ixo_scene_object::depth_write;
+        EXPECT_EQ(o->get_property(static_cast<prop>(p)), on) << "property " << p;
+    }
+    expect_near(o->get_actual_color(), {196 / 255.0f, 196 / 255.0f, 196 / 255.0f});
+    EXPECT_FLOAT_EQ(o->get_actual_alpha(), 1.0f);
+    EXPECT_EQ(o->get_color(), color(196, 196, 196, 255));
+    EXPECT_EQ(o->get_flash_color(), color(255, 0, 0, 255));
+    EXPECT_EQ(o->get_flash_color1(), color(0, 0, 255, 255));
+    EXPECT_EQ(o->get_flash_time(), -1);
+    EXPECT_TRUE(o->get_transform().is_identity());
+    EXPECT_TRUE(o->get_object_bounds().empty());
+    EXPECT_TRUE(o->get_bounds().empty());
+    EXPECT_EQ(o->get_child(0), nullptr);
+    EXPECT_EQ(o->get_child(-1), nullptr);
+
+    // The unused values still hold a bit; 16 and above are refused.
+    o->set_property(static_cast<prop>(5), true);
+    EXPECT_TRUE(o->get_property(static_cast<prop>(5)));
+    try
+    {
+        o->set_property(static_cast<prop>(16), true);
+        ADD_FAILURE() << "no exception";
+    }
+    catch (const std::out_of_range& e)
+    {
+        EXPECT_NE(std::string(e.what()).find("invalid bitset"), std::string::npos);
+    }
+    EXPECT_THROW(o->get_property(static_cast<prop>(40)), std::out_of_range);
+    EXPECT_THROW(o->get_property(static_cast<prop>(-1)), std::out_of_range);
+}
+
+TEST(scene_object, inherited_attributes_follow_the_parent_only_when_asked)
+{
+    auto top = ixo_scene_object::create();
+    auto mid = ixo_scene_object::create();
+    auto leaf = ixo_scene_object::create();
+    top->add_child(mid);
+    mid->add_child(leaf);
+    top->set_color(color(255, 0, 51, 102));
+    mid->set_color(color(0, 255, 0, 255));
+    leaf->set_color(color(0, 0, 255, 51));
+
+    // Alpha from above, own colour.
+    leaf->set_property(ixo_scene_object::inherit_alpha, true);
+    expect_near(leaf->get_actual_color(), {0.0f, 0.0f, 1.0f});
+    EXPECT_FLOAT_EQ(leaf->get_actual_alpha(), 1.0f);
+    // The chain goes as far up as the inherit properties reach.
+    mid->set_property(ixo_scene_object::inherit_alpha, true);
+    EXPECT_FLOAT_EQ(leaf->get_actual_alpha(), 0.4f);
+    leaf->set_property(ixo_scene_object::inherit_color, true);
+    expect_near(leaf->get_actual_color(), {0.0f, 1.0f, 0.0f});
+    mid->set_property(ixo_scene_object::inherit_color, true);
+    expect_near(leaf->get_actual_color(), {1.0f, 0.0f, 0.2f});
+    // Without a parent an inherit property falls back on the object's own value.
+    expect_near(top->get_actual_color(), {1.0f, 0.0f, 0.2f});
+    top->set_property(ixo_scene_object::inherit_color, true);
+    expect_near(leaf->get_actual_color(), {1.0f, 0.0f, 0.2f});
+
+    top->set_property(ixo_scene_object::visible, false);
+    top->set_property(ixo_scene_object::transparent, true);
+    top->set_property(ixo_scene_object::depth_test, false);
+    top->set_property(ixo_scene_object::depth_write, false);
+    EXPECT_TRUE(mid->get_actual_visible());
+    EXPECT_FALSE(mid->get_actual_transparent());
+    EXPECT_TRUE(mid->get_actual_depth_test());
+    EXPECT_TRUE(mid->get_actual_depth_write());
+    for (prop p : {ixo_scene_object::inherit_visible, ixo_scene_object::inherit_transparent,
+                   ixo_scene_object::inherit_depth_test, ixo_scene_object::inherit_depth_write})
+    {
+        mid->set_property(p, true);
+        leaf->set_property(p, true);
+    }
+    EXPECT_FALSE(leaf->get_actual_visible());
+    EXPECT_TRUE(leaf->get_actual_transparent());
+    EXPECT_FALSE(leaf->get_actual_depth_test());
+    EXPECT_FALSE(leaf->get_actual_depth_write());
+    // Breaking the chain in the middle takes the middle's own values.
+    mid->set_property(ixo_scene_object::inherit_visible, false);
+    mid->set_property(ixo_scene_object::inherit_depth_write, false);
+    EXPECT_TRUE(leaf->get_actual_visible());
+    EXPECT_TRUE(leaf->get_actual_depth_write());
+    EXPECT_FALSE(leaf->get_actual_depth_test());
+}
+
+TEST(scene_object, flash_alternates_only_with_a_positive_period)
+{
+    auto o = ixo_scene_object::create();
+    color const own(10, 20, 30, 40);
+    o->set_color(own);
+    o->flash();
+    EXPECT_EQ(o->get_color(), own);
+    o->set_flash_time(0);
+    o->flash();
+    EXPECT_EQ(o->get_color(), own);
+
+    o->set_flash_time(500);
+    o->set_flash_color(color(1, 2, 3, 4));
+    o->set_flash_color1(color(5, 6, 7, 8));
+    o->flash();
+    EXPECT_EQ(o->get_color(), color(1, 2, 3, 4));
+    o->flash();
+    EXPECT_EQ(o->get_color(), color(5, 6, 7, 8));
+    o->flash();
+    EXPECT_EQ(o->get_color(), color(1, 2, 3, 4));
+    EXPECT_EQ(o->get_flash_time(), 500);
+}
+
+TEST(scene_object, bounds_and_total_transform)
+{
+    probe_log log;
+    auto grand = ixo_scene_object::create();
+    auto parent = probe::create(log, "p", cube(0.0f, 1.0f));
+    auto child = probe::create(log, "c", cube(-1.0f, 1.0f));
+    grand->add_child(parent);
+    parent->add_child(child);
+
+    // Only the parent's own box while the child sits at the origin.
+    ixo_box3<float> b = parent->get_bounds();
+    expect_near(b.minimum(), {-1.0f, -1.0f, -1.0f});
+    expect_near(b.maximum(), {1.0f, 1.0f, 1.0f});
+
+    child->set_transform(ixo_scale_transform(2.0f));
+    parent->set_transform(ixo_translation_transform(ixo_vector3<float>(10.0f, 0.0f, 0.0f)));
+    parent->set_property(ixo_scene_object::visible, false);
+    // A hidden parent drops its own box but still covers its child, in its parent's frame.
+    b = parent->get_bounds();
+    expect_near(b.minimum(), {8.0f, -2.0f, -2.0f});
+    expect_near(b.maximum(), {12.0f, 2.0f, 2.0f});
+    b = grand->get_bounds();
+    expect_near(b.minimum(), {8.0f, -2.0f, -2.0f});
+    b = parent->get_children_bounds();
+    expect_near(b.minimum(), {-2.0f, -2.0f, -2.0f});
+    expect_near(b.maximum(), {2.0f, 2.0f, 2.0f});
+    // Hiding the child too leaves nothing.
+    child->set_property(ixo_scene_object::visible, false);
+    EXPECT_TRUE(grand->get_bounds().empty());
+
+    // Total transform: grand, then parent, then child; the child's local part acts first.
+    grand->set_transform(ixo_translation_transform(ixo_vector3<float>(1.0f, 0.0f, 0.0f)));
+    parent->set_transform(ixo_scale_transform(2.0f));
+    child->set_transform(ixo_translation_transform(ixo_vector3<float>(0.0f, 3.0f, 0.0f)));
+    expect_near(child->get_total_transform() * ixo_vector3<float>(0.0f, 0.0f, 0.0f),
+                {1.0f, 6.0f, 0.0f});
+    expect_near(grand->get_total_transform() * ixo_vector3<float>(0.0f, 0.0f, 0.0f),
+                {1.0f, 0.0f, 0.0f});
+}
+
+TEST(scene_object, tree_links_and_lifetime)
+{
+    probe_log log;
+    auto a = ixo_scene_object::create();
+    auto b = ixo_scene_object::create();
+    auto x = probe::create(log, "x");
+    auto y = probe::create(log, "y");
+
+    a->add_child(x);
+    a->add_child(x); // already there: not duplicated
+    a->add_child_front(y);
+    ASSERT_EQ(a->get_num_children(), 2);
+    EXPECT_EQ(a->get_child(0), y);
+    EXPECT_EQ(a->get_child(1), x);
+    EXPECT_EQ(x->get_parent(), a);
+
+    // Moving to another parent takes the child from the first.
+    b->add_child(x);
+    EXPECT_EQ(a->get_num_children(), 1);
+    EXPECT_EQ(x->get_parent(), b);
+
+    // No cycles: an ancestor or the object itself cannot become a child.
+    b->add_child(b);
+    x->add_child(b);
+    EXPECT_EQ(b->get_parent(), nullptr);
+    EXPECT_EQ(x->get_num_children(), 0);
+    b->add_child(nullptr);
+    b->remove_child(nullptr);
+    b->remove_child(y); // not a child of b
+    EXPECT_EQ(y->get_parent(), a);
+
+    a->remove_child(y);
+    EXPECT_EQ(y->get_parent(), nullptr);
+    EXPECT_EQ(a->get_num_children(), 0);
+
+    // A subtree goes as a whole when its last outside reference goes.
+    auto deep = ixo_scene_object::create();
+    {
+        ixo_object_ptr<ixo_scene_object> at = deep;
+        for (int i = 0; i < 50; ++i)
+        {
+            auto next = probe::create(log, "d");
+            at->add_child(next);
+            at = next;
+        }
+    }
+    deep = nullptr;
+    EXPECT_EQ(log.destroyed, 50);
+
+    // A parent that goes detaches the children others still hold.
+    b = nullptr;
+    EXPECT_EQ(x->get_parent(), nullptr);
+    EXPECT_EQ(log.destroyed, 50);
+}
+
+TEST(scene_object, draw_rules_for_passes_visibility_and_transparency)
+{
+    probe_log log;
+    auto root = probe::create(log, "root");
+    root->set_property(ixo_scene_object::in_background, true);
+    auto back = probe::create(log, "back");
+    back->set_property(ixo_scene_object::in_background, true);
+    back->set_property(ixo_scene_object::in_foreground, false);
+    auto hidden = probe::create(log, "hidden");
+    hidden->set_property(ixo_scene_object::visible, false);
+    auto shown = probe::create(log, "shown");
+    auto glass = probe::create(log, "glass");
+    glass->set_property(ixo_scene_object::transparent, true);
+    glass->set_property(ixo_scene_object::cast_shadow, true);
+    auto under_back = probe::create(log, "under_back");
+    under_back->set_property(ixo_scene_object::in_background, true);
+    root->add_child(back);
+    back->add_child(under_back);
+    root->add_child(hidden);
+    hidden->add_child(shown);
+    root->add_child(glass);
+
+    ixo_scene_draw_data d;
+    d.set_background(true);
+    EXPECT_TRUE(root->draw(d));
+    EXPECT_EQ(log.take(), "root/b back/b under_back/b");
+
+    d.set_background(false);
+    d.set_foreground(true);
+    EXPECT_TRUE(root->draw(d));
+    // Not in the foreground: neither back nor its child. The hidden object's child is drawn.
+    EXPECT_EQ(log.take(), "root/f shown/f");
+    d.set_transparent(true);
+    EXPECT_TRUE(root->draw(d));
+    EXPECT_EQ(log.take(), "glass/t");
+
+    // The shadow pass draws the casters only, opaque or not as the pass says.
+    ixo_scene_draw_data s;
+    s.set_mapping_shadows(true);
+    EXPECT_TRUE(root->draw(s));
+    EXPECT_EQ(log.take(), "");
+    shown->set_property(ixo_scene_object::cast_shadow, true);
+    EXPECT_TRUE(root->draw(s));
+    EXPECT_EQ(log.take(), "shown/f");
+
+    // A transparent parent passes it on only to children that inherit it.
+    shown->set_property(ixo_scene_object::inherit_transparent, true);
+    hidden->set_property(ixo_scene_object::transparent, true);
+    d.set_transparent(false);
+    EXPECT_TRUE(root->draw(d));
+    EXPECT_EQ(log.take(), "root/f");
+
+    // A failing object fails the draw; its children are still drawn, its later siblings not.
+    d.set_transparent(true);
+    hidden->set_property(ixo_scene_object::visible, true);
+    hidden->draw_answer = false;
+    EXPECT_FALSE(root->draw(d));
+    EXPECT_EQ(log.take(), "hidden/t shown/t");
+}
+
+TEST(scene_object, reset_hooks_visit_children_and_object_in_order)
+{
+    probe_log log;
+    auto root = probe::create(log, "r");
+    auto a = probe::create(log, "a");
+    auto b = probe::create(log, "b");
+    auto a1 = probe::create(log, "a1");
+    root->add_child(a);
+    root->add_child(b);
+    a->add_child(a1);
+
+    EXPECT_TRUE(root->pre_reset());
+    EXPECT_EQ(log.take(), "pre a1 pre a pre b pre r");
+    EXPECT_TRUE(root->post_reset());
+    EXPECT_EQ(log.take(), "post r post a post a1 post b");
+
+    // A failing child stops its later siblings but not its parent's own hook.
+    a->reset_answer = false;
+    EXPECT_FALSE(root->pre_reset());
+    EXPECT_EQ(log.take(), "pre a1 pre a pre r");
+    EXPECT_FALSE(root->post_reset());
+    EXPECT_EQ(log.take(), "post r post a post a1");
+}

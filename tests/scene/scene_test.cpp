@@ -1,0 +1,302 @@
+#include "scene/scene_probe.h"
+
+#include <ixocore/app/add_scene_object_cmd.h>
+#include <ixocore/app/application.h>
+#include <ixocore/app/command_manager.h>
+#include <ixocore/app/document.h>
+#include <ixocore/events/event.h>
+#include <ixocore/events/event_manager.h>
+#include <ixocore/platform/win32.h>
+#include <ixocore/render/light.h>
+#include <ixocore/render/scene_draw_data.h>
+#include <ixocore/scene/scene.h>
+#include <ixocore/scene/scene_object.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace
+{
+class recorder : public ixo_event_handler
+{
+public:
+    static ixo_object_ptr<recorder> create(std::string& log, char tag)
+    {
+        return new recorder(log, tag);
+    }
+    void on_event(ixo_object_ptr<ixo_event>) override { log_ += tag_; }
+
+private:
+    recorder(std::string& log, char tag) : log_(log), tag_(tag) {}
+    std::string& log_;
+    char tag_;
+};
+
+// Starts the library and logs '<' for scene-changing and '>' for scene-changed events of
+// one scene.
+class scene_events
+{
+public:
+    scene_events() { ixo_application::start(nullptr); }
+    ~scene_events() { ixo_application::end(); }
+    void watch(const ixo_object_ptr<ixo_scene>& scene)
+    {
+        auto m = ixo_event_manager::get_app_event_manager();
+        m->subscribe(ixo_event_scene_changing::create(scene), recorder::create(log, '<'));
+        m->subscribe(ixo_event_scene_changed::create(scene), recorder::create(log, '>'));
+    }
+    std::string take() { return std::exchange(log, std::string()); }
+
+    std::string log;
+};
+
+ixo_box3<float> box(float x0, float y0, float z0, float x1, float y1, float z1)
+{
+    return ixo_box3<float>(ixo_vector3<float>(x0, y0, z0), ixo_vector3<float>(x1, y1, z1));
+}
+
+void expect_box(const ixo_box3<float>& b, const ixo_box3<float>& expected)
+{
+    for (int i = 0; i < 3; ++i)
+    {
+        EXPECT_FLOAT_EQ(b.minimum()[i], expected.minimum()[i]) << "axis " << i;
+        EXPECT_FLOAT_EQ(b.maximum()[i], expected.maximum()[i]) << "axis " << i;
+    }
+}
+} // namespace
+
+TEST(scene, root_settings_lights_and_flags)
+{
+    auto scene = ixo_scene::create();
+    auto root = scene->get_root();
+    ASSERT_TRUE(root);
+    EXPECT_EQ(root->get_scene(), scene);
+    EXPECT_EQ(root->get_parent(), nullptr);
+    EXPECT_TRUE(root->get_property(ixo_scene_object::in_foreground));
+    EXPECT_TRUE(root->get_property(ixo_scene_object::in_background));
+    EXPECT_TRUE(root->get_property(ixo_scene_object::inherit_color));
+    EXPECT_TRUE(root->get_property(ixo_scene_object::visible));
+    EXPECT_TRUE(scene->do_full_update());
+    scene->set_full_update(false);
+    EXPECT_FALSE(scene->do_full_update());
+
+    auto l1 = ixo_light::create(0);
+    auto l2 = ixo_light::create(1);
+    scene->add_light(l1);
+    scene->add_light(l2);
+    scene->add_light(l1);
+    scene->add_light(nullptr);
+    ASSERT_EQ(scene->get_num_lights(), 3);
+    scene->remove_light(l1); // the first entry only
+    ASSERT_EQ(scene->get_num_lights(), 2);
+    EXPECT_EQ(scene->get_light(0), l2);
+    EXPECT_EQ(scene->get_light(1), l1);
+    EXPECT_EQ(scene->get_light(2), nullptr);
+    scene->remove_light(ixo_light::create(3));
+    EXPECT_EQ(scene->get_num_lights(), 2);
+    scene->remove_all_lights();
+    EXPECT_EQ(scene->get_num_lights(), 0);
+}
+
+TEST(scene, bounds_are_cached_until_reset)
+{
+    probe_log log;
+    auto scene = ixo_scene::create();
+    // An empty scene answers a fixed box and does not cache it.
+    expect_box(scene->get_bounds(), box(-10, -10, -10, 10, 10, 10));
+
+    auto p = probe::create(log, "p", box(0, 0, 0, 1, 2, 3));
+    scene->get_root()->add_child(p);
+    expect_box(scene->get_bounds(), box(0, 0, 0, 1, 2, 3));
+
+    p->set_transform(ixo_translation_transform(ixo_vector3<float>(1.0f, 0.0f, 0.0f)));
+    expect_box(scene->get_bounds(), box(0, 0, 0, 1, 2, 3));
+    scene->reset_cached_bounds();
+    expect_box(scene->get_bounds(), box(1, 0, 0, 2, 2, 3));
+
+    // A hidden root still covers its visible children.
+    scene->get_root()->set_property(ixo_scene_object::visible, false);
+    scene->reset_cached_bounds();
+    expect_box(scene->get_bounds(), box(1, 0, 0, 2, 2, 3));
+}
+
+TEST(scene, tree_changes_raise_one_event_pair_in_order)
+{
+    scene_events events;
+    probe_log log;
+    auto scene = ixo_scene::create();
+    auto other = ixo_scene::create();
+    events.watch(scene);
+    auto root = scene->get_root();
+
+    auto a = probe::create(log, "a");
+    auto a1 = probe::create(log, "a1");
+    // Building a detached subtree raises nothing.
+    a->add_child(a1);
+    EXPECT_EQ(events.take(), "");
+
+    root->add_child(a);
+    EXPECT_EQ(events.take(), "<>");
+    EXPECT_EQ(a1->get_scene(), scene);
+    root->add_child(a); // already a child: nothing
+    EXPECT_EQ(events.take(), "");
+
+    auto b = probe::create(log, "b");
+    root->add_child_front(b);
+    EXPECT_EQ(events.take(), "<>");
+    EXPECT_EQ(root->get_child(0), b);
+
+    // Moving a1 from a to b: the outer pair brackets the pair of the removal.
+    b->add_child(a1);
+    EXPECT_EQ(events.take(), "<<>>");
+    EXPECT_EQ(a1->get_parent(), b);
+
+    // Moving into another scene: this scene sees the removal only.
+    other->get_root()->add_child(a1);
+    EXPECT_EQ(events.take(), "<>");
+    EXPECT_EQ(a1->get_scene(), other);
+
+    root->remove_child(a1); // not a child
+    EXPECT_EQ(events.take(), "");
+    root->remove_child(a);
+    EXPECT_EQ(events.take(), "<>");
+    EXPECT_EQ(a->get_scene(), nullptr);
+
+    root->remove_all_children();
+    EXPECT_EQ(events.take(), "<>");
+    EXPECT_EQ(b->get_scene(), nullptr);
+    EXPECT_EQ(b->get_parent(), nullptr);
+    root->remove_all_children(); // raised even when empty
+    EXPECT_EQ(events.take(), "<>");
+
+    // While the manager holds, the events queue in order.
+    auto manager = ixo_event_manager::get_app_event_manager();
+    manager->hold(true);
+    root->add_child(a);
+    root->add_child(b);
+    EXPECT_EQ(events.take(), "");
+    manager->hold(false);
+    EXPECT_EQ(events.take(), "<><>");
+}
+
+TEST(scene, destroying_the_scene_frees_the_tree_and_detaches_what_others_hold)
+{
+    scene_events events;
+    probe_log log;
+    auto kept = probe::create(log, "kept");
+    {
+        auto scene = ixo_scene::create();
+        events.watch(scene);
+        ixo_object_ptr<ixo_scene_object> at = scene->get_root();
+        for (int i = 0; i < 20; ++i)
+        {
+            auto next = probe::create(log, "n");
+            at->add_child(next);
+            at = next;
+            if (i == 5)
+                at->add_child(kept);
+        }
+        events.take();
+        ixo_application::instance()->get_event_manager()->unsubscribe_all();
+    }
+    EXPECT_EQ(log.destroyed, 20);
+    EXPECT_EQ(kept->get_scene(), nullptr);
+    EXPECT_EQ(kept->get_parent(), nullptr);
+}
+
+TEST(scene, passes_without_device_and_reset_forwarding)
+{
+    probe_log log;
+    auto scene = ixo_scene::create();
+    auto p = probe::create(log, "p");
+    auto q = probe::create(log, "q");
+    scene->get_root()->add_child(p);
+    p->add_child(q);
+
+    EXPECT_TRUE(scene->pre_reset());
+    EXPECT_EQ(log.take(), "pre q pre p");
+    EXPECT_TRUE(scene->post_reset());
+    EXPECT_EQ(log.take(), "post p post q");
+    q->reset_answer = false;
+    EXPECT_FALSE(scene->post_reset());
+    log.take();
+
+    // Without lights the shadow pass has nothing to do and succeeds at once.
+    ixo_scene_draw_data shadows;
+    shadows.set_mapping_shadows(true);
+    long const before = static_cast<long>(GetTickCount());
+    EXPECT_TRUE(scene->draw(shadows));
+    EXPECT_GE(scene->get_last_render_time(), before);
+    EXPECT_LE(scene->get_last_render_time(), static_cast<long>(GetTickCount()));
+    // Without an application there is no device to draw on.
+    ixo_scene_draw_data normal;
+    EXPECT_FALSE(scene->draw(normal));
+    ixo_scene_draw_data picking;
+    picking.set_mapping(true);
+    EXPECT_FALSE(scene->draw(picking));
+    EXPECT_EQ(log.take(), "");
+}
+
+TEST(scene_draw_data, pass_bits_are_independent)
+{
+    ixo_scene_draw_data d;
+    EXPECT_FALSE(d.do_background());
+    EXPECT_FALSE(d.do_foreground());
+    EXPECT_FALSE(d.do_transparent());
+    EXPECT_FALSE(d.do_mapping());
+    EXPECT_FALSE(d.do_mapping_shadows());
+    EXPECT_FALSE(d.do_draw_mapped_shadows());
+
+    d.set_foreground(true);
+    d.set_mapping_shadows(true);
+    d.set_transparent(true);
+    d.set_transparent(false);
+    EXPECT_TRUE(d.do_foreground());
+    EXPECT_TRUE(d.do_mapping_shadows());
+    EXPECT_FALSE(d.do_transparent());
+    EXPECT_FALSE(d.do_background());
+    EXPECT_FALSE(d.do_mapping());
+    EXPECT_FALSE(d.do_draw_mapped_shadows());
+
+    ixo_scene_draw_data copy(d);
+    d.set_foreground(false);
+    d.set_draw_mapped_shadows(true);
+    EXPECT_TRUE(copy.do_foreground());
+    EXPECT_FALSE(copy.do_draw_mapped_shadows());
+    copy = d;
+    EXPECT_FALSE(copy.do_foreground());
+    EXPECT_TRUE(copy.do_draw_mapped_shadows());
+    EXPECT_TRUE(copy.do_mapping_shadows());
+}
+
+TEST(scene, document_owns_its_scene_and_clears_the_tree_when_it_goes)
+{
+    scene_events events;
+    probe_log log;
+    auto kept = probe::create(log, "kept");
+    {
+        auto doc = ixo_application::instance()->create_document();
+        ASSERT_TRUE(doc->get_command_manager());
+        auto scene = doc->get_scene();
+        ASSERT_TRUE(scene);
+        events.watch(scene);
+        auto a = probe::create(log, "a");
+        scene->get_root()->add_child(a);
+        a->add_child(probe::create(log, "b"));
+        a->add_child(kept);
+        doc->get_command_manager()->execute(
+            ixo_add_scene_object_cmd::create(scene->get_root(), probe::create(log, "c")));
+        EXPECT_EQ(events.take(), "<><><><>");
+        ixo_application::instance()->remove_document(doc);
+        scene = nullptr;
+        a = nullptr;
+        doc = nullptr;
+        // The root's children were removed while the scene was still whole.
+        EXPECT_EQ(events.take(), "<>");
+        ixo_application::instance()->get_event_manager()->unsubscribe_all();
+    }
+    EXPECT_EQ(log.destroyed, 3);
+    EXPECT_EQ(kept->get_parent(), nullptr);
+    EXPECT_EQ(kept->get_scene(), nullptr);
+}
