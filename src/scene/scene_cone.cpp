@@ -1,0 +1,93 @@
+#include <ixocore/scene/scene_cone.h>
+
+#include "primitive_device.h"
+
+#include <ixocore/core/string.h>
+
+IXO_TYPIFIED_DEFINE(ixo_scene_cone, IXO_TEXT("Cone"))
+
+ID3DXMesh* ixo_scene_cone::m_mesh = nullptr;
+
+ixo_object_ptr<ixo_scene_cone> ixo_scene_cone::create()
+{
+    return new ixo_scene_cone;
+}
+
+ixo_scene_cone::ixo_scene_cone()
+{
+    acquire_mesh();
+}
+
+ixo_scene_cone::ixo_scene_cone(const ixo_scene_cone& other) : ixo_scene_object(other)
+{
+    acquire_mesh();
+}
+
+ixo_scene_cone& ixo_scene_cone::operator=(const ixo_scene_cone& other)
+{
+    ixo_scene_object::operator=(other);
+    return *this;
+}
+
+ixo_scene_cone::~ixo_scene_cone()
+{
+    release_mesh();
+}
+
+// The mesh's own count is the number of holders: the first one creates it, every later
+// one adds a reference. A cone holds at most one reference, so that one made while there
+// was no device never gives back a reference it did not take.
+void ixo_scene_cone::acquire_mesh()
+{
+    if (holds_mesh_)
+        return;
+    if (m_mesh)
+    {
+        m_mesh->AddRef();
+        holds_mesh_ = true;
+        return;
+    }
+    IDirect3DDevice9* device = ixo_primitive::device();
+    if (!device)
+        return;
+    if (FAILED(D3DXCreateCylinder(device, 1.0f, 0.0f, 1.0f, 72, 1, &m_mesh, nullptr)))
+    {
+        m_mesh = nullptr;
+        return;
+    }
+    holds_mesh_ = true;
+}
+
+void ixo_scene_cone::release_mesh()
+{
+    if (!holds_mesh_)
+        return;
+    holds_mesh_ = false;
+    if (m_mesh && m_mesh->Release() == 0)
+        m_mesh = nullptr;
+}
+
+ixo_box3<float> ixo_scene_cone::get_object_bounds() const
+{
+    return ixo_box3<float>(ixo_vector3<float>(-1.0f, -1.0f, -0.5f),
+                           ixo_vector3<float>(1.0f, 1.0f, 0.5f));
+}
+
+bool ixo_scene_cone::draw_object(const ixo_scene_draw_data&)
+{
+    if (m_mesh)
+        m_mesh->DrawSubset(0);
+    return true;
+}
+
+bool ixo_scene_cone::pre_reset_object()
+{
+    release_mesh();
+    return true;
+}
+
+bool ixo_scene_cone::post_reset_object()
+{
+    acquire_mesh();
+    return true;
+}

@@ -1,0 +1,484 @@
+// Draws the primitive scene objects headless on the application's device into a target of
+// the test's own, through an orthographic camera looking down -z at 20 pixels per unit,
+// and reads the pixels back: coverage in the picking pass (exact identifier colours),
+// colours in the normal pass, and the shared meshes across a device reset.
+
+#include <ixocore/app/application.h>
+#include <ixocore/core/identifiable_object.h>
+#include <ixocore/events/event.h>
+#include <ixocore/events/event_manager.h>
+#include <ixocore/math/plane.h>
+#include <ixocore/platform/d3d9.h>
+#include <ixocore/platform/d3d9_testing.h>
+#include <ixocore/platform/d3dx9.h>
+#include <ixocore/platform/d3dx9_effect.h>
+#include <ixocore/render/direct3d.h>
+#include <ixocore/render/light.h>
+#include <ixocore/render/scene_draw_data.h>
+#include <ixocore/scene/scene.h>
+#include <ixocore/scene/scene_axis.h>
+#include <ixocore/scene/scene_box.h>
+#include <ixocore/scene/scene_cone.h>
+#include <ixocore/scene/scene_coordinate_system.h>
+#include <ixocore/scene/scene_cylinder.h>
+#include <ixocore/scene/scene_plane.h>
+#include <ixocore/scene/scene_rectangle.h>
+#include <ixocore/scene/scene_sphere.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+namespace
+{
+constexpr UINT W = 160;
+constexpr UINT H = 120;
+constexpr float px_per_unit = 20;
+constexpr D3DCOLOR background = D3DCOLOR_XRGB(10, 20, 30);
+
+struct pixel
+{
+    std::uint8_t b, g, r, a;
+};
+
+using color = ixo_vector4<unsigned char>;
+using v3 = ixo_vector3<float>;
+
+// Column and row of the world point (x, y) on the screen.
+UINT col(float x)
+{
+    return UINT(W / 2 + x * px_per_unit);
+}
+UINT row(float y)
+{
+    return UINT(H / 2 - y * px_per_unit);
+}
+
+ixo_matrix44<float> rows(v3 r0, v3 r1, v3 r2)
+{
+    return ixo_matrix44<float>(
+        ixo_vector4<float>(r0[0], r0[1], r0[2], 0), ixo_vector4<float>(r1[0], r1[1], r1[2], 0),
+        ixo_vector4<float>(r2[0], r2[1], r2[2], 0), ixo_vector4<float>(0, 0, 0, 1));
+}
+
+// Turns the object's +z onto +y (x stays).
+ixo_matrix44<float> z_to_y()
+{
+    return rows(v3(1, 0, 0), v3(0, 0, 1), v3(0, -1, 0));
+}
+// Turns the object's +x onto +z, towards the viewer.
+ixo_matrix44<float> x_to_z()
+{
+    return rows(v3(0, 0, -1), v3(0, 1, 0), v3(1, 0, 0));
+}
+
+class primitives_render;
+
+// Hands the scene and the test's surfaces through a device reset, as a host does.
+class reset_handler : public ixo_event_handler
+{
+public:
+    static ixo_object_ptr<reset_handler> create(primitives_render* test)
+    {
+        return new reset_handler(test);
+    }
+    void on_event(ixo_object_ptr<ixo_event> e) override;
+    int resets = 0;
+
+private:
+    explicit reset_handler(primitives_render* test) : test_(test) {}
+    primitives_render* test_;
+};
+
+class primitives_render : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
+        device = ixo_direct3d::get_device();
+        ASSERT_NE(device, nullptr);
+        ASSERT_TRUE(create_surfaces());
+        scene = ixo_scene::create();
+    }
+
+    void TearDown() override
+    {
+        scene = nullptr;
+        release_surfaces();
+        ixo_application::end();
+    }
+
+    bool create_surfaces()
+    {
+        return device->CreateRenderTarget(W, H, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE,
+                                          &target, nullptr) == D3D_OK &&
+               device->CreateDepthStencilSurface(W, H, D3DFMT_D24S8, D3DMULTISAMPLE_NONE, 0, TRUE,
+                                                 &depth, nullptr) == D3D_OK &&
+               device->CreateOffscreenPlainSurface(W, H, D3DFMT_A8R8G8B8, D3DPOOL_SYSTEMMEM,
+                                                   &readback, nullptr) == D3D_OK;
+    }
+
+    void release_surfaces()
+    {
+        if (!device)
+            return;
+        // Give the device its own back buffer back so the surfaces really go.
+        IDirect3DSurface9* back = nullptr;
+        if (SUCCEEDED(device->GetBackBuffer(0, 0, D3DBACKBUFFER_TYPE_MONO, &back)))
+        {
+            device->SetRenderTarget(0, back);
+            back->Release();
+        }
+        device->SetDepthStencilSurface(nullptr);
+        for (IDirect3DSurface9** s : {&readback, &depth, &target})
+        {
+            if (*s)
+                (*s)->Release();
+            *s = nullptr;
+        }
+    }
+
+    // Draws the scene as a render view would, in the picking pass or the normal passes,
+    // and reads the frame back (rows top-down).
+    std::vector<pixel> draw(bool mapping, bool mapped_shadows = false)
+    {
+        std::vector<pixel> out;
+        if (!target)
+            return out;
+        device->SetRenderTarget(0, target);
+        device->SetDepthStencilSurface(depth);
+        D3DVIEWPORT9 vp{0, 0, W, H, 0.0f, 1.0f};
+        device->SetViewport(&vp);
+        device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, background, 1.0f, 0);
+        D3DXMATRIX view, projection;
+        D3DXVECTOR3 const eye(0, 0, 10), at(0, 0, 0), up(0, 1, 0);
+        D3DXMatrixLookAtRH(&view, &eye, &at, &up);
+        D3DXMatrixOrthoRH(&projection, W / px_per_unit, H / px_per_unit, 0.1f, 20.0f);
+        device->SetTransform(D3DTS_VIEW, &view);
+        device->SetTransform(D3DTS_PROJECTION, &projection);
+        if (ID3DXEffect* effect = ixo_direct3d::get_effect())
+        {
+            effect->SetMatrix("g_mView", &view);
+            effect->SetMatrix("g_mProj", &projection);
+        }
+        ixo_scene_draw_data d;
+        d.set_mapping(mapping);
+        d.set_draw_mapped_shadows(mapped_shadows);
+        EXPECT_TRUE(scene->draw(d));
+        return read();
+    }
+
+    std::vector<pixel> read()
+    {
+        std::vector<pixel> out;
+        D3DLOCKED_RECT lr{};
+        if (device->GetRenderTargetData(target, readback) != D3D_OK ||
+            readback->LockRect(&lr, nullptr, D3DLOCK_READONLY) != D3D_OK)
+            return out;
+        out.resize(std::size_t(W) * H);
+        for (UINT y = 0; y < H; ++y)
+            std::memcpy(&out[std::size_t(y) * W],
+                        static_cast<const std::uint8_t*>(lr.pBits) + y * lr.Pitch, W * 4);
+        readback->UnlockRect();
+        return out;
+    }
+
+    static unsigned long id_at(const std::vector<pixel>& img, UINT x, UINT y)
+    {
+        if (img.size() != std::size_t(W) * H)
+            return ixo_invalid_object_id;
+        pixel const p = img[std::size_t(y) * W + x];
+        return ixo_id_from_color(color(p.b, p.g, p.r, p.a));
+    }
+
+    static int count_id(const std::vector<pixel>& img, unsigned long id)
+    {
+        int n = 0;
+        for (UINT y = 0; y < H; ++y)
+            for (UINT x = 0; x < W; ++x)
+                n += id_at(img, x, y) == id;
+        return n;
+    }
+
+    static pixel at(const std::vector<pixel>& img, UINT x, UINT y)
+    {
+        return img.size() == std::size_t(W) * H ? img[std::size_t(y) * W + x] : pixel{};
+    }
+
+    // Picks only `o`: every other object is left out of the scene.
+    int coverage(ixo_object_ptr<ixo_scene_object> o)
+    {
+        scene->get_root()->remove_all_children();
+        scene->get_root()->add_child(o);
+        return count_id(draw(true), o->id());
+    }
+
+    void add_light()
+    {
+        auto light = ixo_light::create(1);
+        light->set_position(10, 10, 10);
+        scene->add_light(light);
+    }
+
+    friend class reset_handler;
+    IDirect3DDevice9* device = nullptr;
+    IDirect3DSurface9* target = nullptr;
+    IDirect3DSurface9* depth = nullptr;
+    IDirect3DSurface9* readback = nullptr;
+    ixo_object_ptr<ixo_scene> scene;
+};
+
+void reset_handler::on_event(ixo_object_ptr<ixo_event> e)
+{
+    if (ixo_object_ptr<ixo_event_direct3d_resetting>(e))
+    {
+        test_->scene->pre_reset();
+        test_->release_surfaces();
+    }
+    else if (ixo_object_ptr<ixo_event_direct3d_reset>(e))
+    {
+        ++resets;
+        test_->scene->post_reset();
+        test_->create_surfaces();
+    }
+}
+
+// Within 2 % of the expected pixel count (edges of curved outlines).
+::testing::AssertionResult about(int n, double expected)
+{
+    if (std::abs(n - expected) <= 0.02 * expected + 2)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << n << " pixels, expected about " << expected;
+}
+
+int references(IUnknown* p)
+{
+    p->AddRef();
+    return int(p->Release());
+}
+} // namespace
+
+TEST_F(primitives_render, solids_cover_their_outlines)
+{
+    // A 2 x 1 box face-on: 40 x 20 pixels, centred.
+    auto box = ixo_scene_box::create(2, 1, 3);
+    ASSERT_NE(box->get_mesh(), nullptr);
+    EXPECT_EQ(coverage(box), 800);
+    auto img = draw(true);
+    EXPECT_EQ(id_at(img, col(0), row(0)), box->id());
+    EXPECT_EQ(id_at(img, col(0.95f), row(0.45f)), box->id());
+    EXPECT_EQ(id_at(img, col(1.05f), row(0)), ixo_invalid_object_id);
+    EXPECT_EQ(id_at(img, col(0), row(0.55f)), ixo_invalid_object_id);
+
+    // A sphere scaled by 1.5: a disc of radius 30 pixels.
+    auto sphere = ixo_scene_sphere::create();
+    sphere->set_transform(ixo_scale_transform(1.5f));
+    EXPECT_TRUE(about(coverage(sphere), 3.14159265 * 30 * 30));
+
+    // A cylinder of radius 1: end-on a disc of radius 20 pixels; turned onto y, its side is
+    // a 2 x 3 rectangle.
+    auto cylinder = ixo_scene_cylinder::create(1, 3);
+    EXPECT_TRUE(about(coverage(cylinder), 3.14159265 * 20 * 20));
+    cylinder->set_transform(z_to_y());
+    EXPECT_TRUE(about(coverage(cylinder), 40 * 60));
+    img = draw(true);
+    EXPECT_EQ(id_at(img, col(0.9f), row(1.4f)), cylinder->id());
+    EXPECT_EQ(id_at(img, col(0), row(1.6f)), ixo_invalid_object_id);
+
+    // A cone point-first: the disc of its base. Turned onto y, a triangle with the base
+    // (radius 1) at y = -0.5 and the point at y = +0.5.
+    auto cone = ixo_scene_cone::create();
+    EXPECT_TRUE(about(coverage(cone), 3.14159265 * 20 * 20));
+    cone->set_transform(z_to_y());
+    EXPECT_TRUE(about(coverage(cone), 0.5 * 40 * 20));
+    img = draw(true);
+    auto row_width = [&](float y)
+    {
+        int n = 0;
+        for (UINT x = 0; x < W; ++x)
+            n += id_at(img, x, row(y)) == cone->id();
+        return n;
+    };
+    EXPECT_NEAR(row_width(-0.4f), 36, 3);
+    EXPECT_NEAR(row_width(0.4f), 4, 3);
+}
+
+TEST_F(primitives_render, plane_shows_from_the_side_its_normal_points_to)
+{
+    auto front = ixo_scene_plane::create(ixo_plane<float>(v3(0, 0, 0), v3(0, 0, 1)), 2, 1);
+    ASSERT_NE(front->get_vertex_buffer(), nullptr);
+    EXPECT_EQ(coverage(front), 800);
+
+    // Seen from behind: culled.
+    auto back = ixo_scene_plane::create(ixo_plane<float>(v3(0, 0, 0), v3(0, 0, -1)), 2, 1);
+    EXPECT_EQ(coverage(back), 0);
+
+    // The patch is centred on the root, width along u (here x) and height along v (y).
+    auto moved = ixo_scene_plane::create(ixo_plane<float>(v3(1, 1.5f, 0), v3(0, 0, 1)), 1, 2);
+    scene->get_root()->add_child(front);
+    scene->get_root()->add_child(moved);
+    auto img = draw(true);
+    EXPECT_EQ(count_id(img, moved->id()), 20 * 40);
+    EXPECT_EQ(count_id(img, front->id()), 800);
+    EXPECT_EQ(id_at(img, col(1.4f), row(2.4f)), moved->id());
+    EXPECT_EQ(id_at(img, col(0.6f), row(0.6f)), moved->id());
+    EXPECT_EQ(id_at(img, col(1.6f), row(1.5f)), ixo_invalid_object_id);
+    EXPECT_EQ(id_at(img, col(0), row(0)), front->id());
+}
+
+TEST_F(primitives_render, solids_take_their_colour_and_light)
+{
+    add_light();
+    auto box = ixo_scene_box::create(2, 2, 2);
+    box->set_color(color(220, 0, 0, 255));
+    scene->get_root()->add_child(box);
+    for (bool shadows : {false, true})
+    {
+        auto img = draw(false, shadows);
+        pixel const c = at(img, col(0.2f), row(-0.3f));
+        EXPECT_GT(c.r, 90) << shadows;
+        EXPECT_LT(c.g, 40) << shadows;
+        EXPECT_LT(c.b, 40) << shadows;
+        pixel const corner = at(img, 2, 2);
+        EXPECT_EQ(corner.r, 10);
+        EXPECT_EQ(corner.g, 20);
+        EXPECT_EQ(corner.b, 30);
+    }
+}
+
+TEST_F(primitives_render, coordinate_system_arrows_keep_their_colours)
+{
+    add_light();
+    auto cs = ixo_scene_coordinate_system::create();
+    scene->get_root()->add_child(cs);
+    // Looking down -z, below the centre only the z arrow's head (radius 2) is in sight:
+    // blue.
+    UINT const x = col(0), y = row(-1.2f);
+    auto img = draw(false);
+    pixel p = at(img, x, y);
+    EXPECT_GT(int(p.b) - std::max(p.r, p.g), 30);
+    EXPECT_EQ(id_at(draw(true), x, y), cs->get_child(3)->get_child(1)->id());
+
+    // The x arrow turned towards the viewer: red, even with its parts painted green.
+    cs->set_transform(x_to_z());
+    auto x_axis = cs->get_child(1);
+    x_axis->get_child(0)->set_color(color(0, 255, 0, 255));
+    x_axis->get_child(1)->set_color(color(0, 255, 0, 255));
+    img = draw(false);
+    p = at(img, x, y);
+    EXPECT_GT(int(p.r) - std::max(p.g, p.b), 30);
+    EXPECT_EQ(id_at(draw(true), x, y), x_axis->get_child(1)->id());
+}
+
+TEST_F(primitives_render, rectangle_outline_is_drawn_in_the_foreground_only)
+{
+    auto rect = ixo_scene_rectangle::create();
+    rect->set_rectangle(ixo_box2<float>(ixo_vector2<float>(20, 30), ixo_vector2<float>(100, 90)));
+    rect->set_color(color(0, 255, 0, 255));
+    scene->get_root()->add_child(rect);
+
+    auto green = [](const pixel& p) { return p.g > 200 && p.r < 50 && p.b < 50; };
+    auto green_near = [&](const std::vector<pixel>& img, UINT x, UINT y)
+    {
+        for (UINT dy = 0; dy < 3; ++dy)
+            for (UINT dx = 0; dx < 3; ++dx)
+                if (green(at(img, x + dx - 1, y + dy - 1)))
+                    return true;
+        return false;
+    };
+    auto img = draw(false);
+    EXPECT_TRUE(green_near(img, 20, 60));  // left edge
+    EXPECT_TRUE(green_near(img, 100, 60)); // right edge
+    EXPECT_TRUE(green_near(img, 60, 30));  // top edge
+    EXPECT_TRUE(green_near(img, 60, 90));  // bottom edge
+    EXPECT_FALSE(green(at(img, 60, 60)));  // inside
+    EXPECT_FALSE(green(at(img, 10, 60)));  // outside
+
+    // Drawn by hand in a background pass alone: skipped.
+    device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, background, 1.0f, 0);
+    device->BeginScene();
+    ixo_scene_draw_data d;
+    d.set_background(true);
+    EXPECT_TRUE(scene->get_root()->draw(d));
+    device->EndScene();
+    img = read();
+    int greens = 0;
+    for (const pixel& p : img)
+        greens += green(p);
+    EXPECT_EQ(greens, 0);
+}
+
+TEST_F(primitives_render, spheres_share_one_mesh_counted_per_sphere)
+{
+    std::vector<ixo_object_ptr<ixo_scene_sphere>> spheres;
+    for (int i = 0; i < 10; ++i)
+        spheres.push_back(ixo_scene_sphere::create());
+    ID3DXMesh* mesh = ixo_scene_sphere::get_shared_mesh();
+    ASSERT_NE(mesh, nullptr);
+    EXPECT_EQ(references(mesh), 10);
+    // Cones keep a mesh of their own.
+    auto cone = ixo_scene_cone::create();
+    EXPECT_NE(ixo_scene_cone::get_shared_mesh(), mesh);
+
+    spheres.resize(1);
+    EXPECT_EQ(ixo_scene_sphere::get_shared_mesh(), mesh);
+    EXPECT_EQ(references(mesh), 1);
+    EXPECT_EQ(mesh->GetNumVertices(), 2u + 72u * 35u);
+    spheres.clear();
+    EXPECT_EQ(ixo_scene_sphere::get_shared_mesh(), nullptr);
+
+    // A new sphere builds a new one.
+    auto again = ixo_scene_sphere::create();
+    ASSERT_NE(ixo_scene_sphere::get_shared_mesh(), nullptr);
+    EXPECT_EQ(references(ixo_scene_sphere::get_shared_mesh()), 1);
+}
+
+TEST_F(primitives_render, meshes_are_rebuilt_after_a_device_reset)
+{
+    auto handler = reset_handler::create(this);
+    auto events = ixo_event_manager::get_app_event_manager();
+    ixo_event_key const k1 = events->subscribe(ixo_event_direct3d_resetting::create(), handler);
+    ixo_event_key const k2 = events->subscribe(ixo_event_direct3d_reset::create(), handler);
+
+    std::vector<ixo_object_ptr<ixo_scene_cone>> cones;
+    for (int i = 0; i < 5; ++i)
+    {
+        cones.push_back(ixo_scene_cone::create());
+        cones.back()->set_transform(ixo_translation_transform(v3(-3.0f + 1.5f * i, 1.5f, 0)) *
+                                    ixo_scale_transform(0.5f));
+        scene->get_root()->add_child(cones.back());
+    }
+    auto box = ixo_scene_box::create(1, 1, 1);
+    box->set_transform(ixo_translation_transform(v3(0, -1.5f, 0)));
+    scene->get_root()->add_child(box);
+    auto plane = ixo_scene_plane::create(ixo_plane<float>(v3(2, -1.5f, 0), v3(0, 0, 1)), 1, 1);
+    scene->get_root()->add_child(plane);
+    auto before = draw(true);
+    EXPECT_TRUE(about(count_id(before, cones[2]->id()), 3.14159265 * 10 * 10));
+    EXPECT_EQ(count_id(before, box->id()), 400);
+    EXPECT_EQ(count_id(before, plane->id()), 400);
+
+    ixo_d3d9_test_lose_device(device, 1);
+    ASSERT_TRUE(ixo_application::instance()->get_direct3d()->reset());
+    EXPECT_EQ(handler->resets, 1);
+    ASSERT_NE(target, nullptr);
+
+    // One cone mesh again, held by each of the five cones.
+    ID3DXMesh* mesh = ixo_scene_cone::get_shared_mesh();
+    ASSERT_NE(mesh, nullptr);
+    EXPECT_EQ(references(mesh), 5);
+    EXPECT_NE(box->get_mesh(), nullptr);
+    EXPECT_NE(plane->get_vertex_buffer(), nullptr);
+    auto after = draw(true);
+    for (auto& c : cones)
+        EXPECT_EQ(count_id(after, c->id()), count_id(before, c->id()));
+    EXPECT_EQ(count_id(after, box->id()), 400);
+    EXPECT_EQ(count_id(after, plane->id()), 400);
+
+    events->unsubscribe(k1);
+    events->unsubscribe(k2);
+}

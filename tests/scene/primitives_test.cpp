@@ -1,0 +1,217 @@
+// The primitive scene objects without a device: types, geometry in their own frames,
+// the composites' children, and that device-less objects draw and reset harmlessly.
+
+#include <ixocore/core/string.h>
+#include <ixocore/math/plane.h>
+#include <ixocore/render/scene_draw_data.h>
+#include <ixocore/scene/scene_axis.h>
+#include <ixocore/scene/scene_box.h>
+#include <ixocore/scene/scene_cone.h>
+#include <ixocore/scene/scene_coordinate_system.h>
+#include <ixocore/scene/scene_cylinder.h>
+#include <ixocore/scene/scene_plane.h>
+#include <ixocore/scene/scene_rectangle.h>
+#include <ixocore/scene/scene_sphere.h>
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+namespace
+{
+using v3 = ixo_vector3<float>;
+using color = ixo_vector4<unsigned char>;
+
+::testing::AssertionResult box_is(const ixo_box3<float>& b, v3 lo, v3 hi)
+{
+    for (int i = 0; i < 3; ++i)
+        if (std::abs(b.minimum()[i] - lo[i]) > 1e-5f || std::abs(b.maximum()[i] - hi[i]) > 1e-5f)
+            return ::testing::AssertionFailure()
+                   << "box (" << b.minimum()[0] << ", " << b.minimum()[1] << ", " << b.minimum()[2]
+                   << ")-(" << b.maximum()[0] << ", " << b.maximum()[1] << ", " << b.maximum()[2]
+                   << ")";
+    return ::testing::AssertionSuccess();
+}
+
+std::string narrow(const ixo_string& s)
+{
+    std::string out;
+    for (int i = 0; i < s.length(); ++i)
+        out += static_cast<char>(s[i]);
+    return out;
+}
+} // namespace
+
+TEST(primitives, each_class_has_its_own_type_and_name)
+{
+    ixo_object_ptr<ixo_scene_object> objects[] = {ixo_scene_box::create(1, 1, 1),
+                                                  ixo_scene_cylinder::create(1, 1),
+                                                  ixo_scene_cone::create(),
+                                                  ixo_scene_sphere::create(),
+                                                  ixo_scene_plane::create(ixo_plane<float>(), 1, 1),
+                                                  ixo_scene_rectangle::create(),
+                                                  ixo_scene_axis::create(),
+                                                  ixo_scene_coordinate_system::create()};
+    char const* names[] = {"Box",   "Cylinder",  "Cone", "Sphere",
+                           "Plane", "Rectangle", "Axis", "Coordinate System"};
+    std::set<unsigned long> types{ixo_scene_object::static_type()};
+    for (int i = 0; i < 8; ++i)
+    {
+        EXPECT_EQ(narrow(objects[i]->type_name()), names[i]);
+        EXPECT_NE(objects[i]->type(), ixo_scene_object::static_type()) << names[i];
+        types.insert(objects[i]->type());
+    }
+    EXPECT_EQ(types.size(), 9u);
+    EXPECT_EQ(objects[0]->type(), ixo_scene_box::static_type());
+    EXPECT_EQ(narrow(ixo_scene_coordinate_system::static_type_name()), "Coordinate System");
+    // The typed pointer finds the class back.
+    EXPECT_TRUE(ixo_object_ptr<ixo_scene_cone>(objects[2]));
+    EXPECT_FALSE(ixo_object_ptr<ixo_scene_cone>(objects[3]));
+}
+
+TEST(primitives, solids_are_centred_on_their_origin)
+{
+    EXPECT_TRUE(
+        box_is(ixo_scene_box::create(2, 4, 6)->get_object_bounds(), v3(-1, -2, -3), v3(1, 2, 3)));
+    auto cylinder = ixo_scene_cylinder::create(1.5f, 4);
+    EXPECT_TRUE(box_is(cylinder->get_object_bounds(), v3(-1.5f, -1.5f, -2), v3(1.5f, 1.5f, 2)));
+    EXPECT_FLOAT_EQ(cylinder->get_radius(), 1.5f);
+    EXPECT_FLOAT_EQ(cylinder->get_length(), 4);
+    EXPECT_TRUE(
+        box_is(ixo_scene_sphere::create()->get_object_bounds(), v3(-1, -1, -1), v3(1, 1, 1)));
+    // The cone reports the extent of its mesh: base at z = -0.5, point at +0.5.
+    EXPECT_TRUE(
+        box_is(ixo_scene_cone::create()->get_object_bounds(), v3(-1, -1, -0.5f), v3(1, 1, 0.5f)));
+
+    // Size through the transform, and a hidden solid gives no box of its own.
+    auto sphere = ixo_scene_sphere::create();
+    sphere->set_transform(ixo_translation_transform(v3(1, 2, 3)) * ixo_scale_transform(0.5f));
+    EXPECT_TRUE(box_is(sphere->get_bounds(), v3(0.5f, 1.5f, 2.5f), v3(1.5f, 2.5f, 3.5f)));
+    sphere->set_property(ixo_scene_object::visible, false);
+    EXPECT_TRUE(sphere->get_bounds().empty());
+}
+
+TEST(primitives, plane_takes_space_only_when_asked)
+{
+    // Normal along x: u = (0, 1, 0) x n = (0, 0, -1), v = n x u = (0, 1, 0).
+    ixo_plane<float> const plane(v3(5, 0, 0), v3(1, 0, 0));
+    auto patch = ixo_scene_plane::create(plane, 4, 2);
+    auto parent = ixo_scene_object::create();
+    parent->add_child(patch);
+    auto ball = ixo_scene_sphere::create();
+    parent->add_child(ball);
+
+    EXPECT_FALSE(patch->get_occupy_space());
+    EXPECT_TRUE(patch->get_object_bounds().empty());
+    EXPECT_TRUE(box_is(parent->get_bounds(), v3(-1, -1, -1), v3(1, 1, 1)));
+
+    patch->set_occupy_space(true);
+    EXPECT_TRUE(box_is(patch->get_object_bounds(), v3(5, -1, -2), v3(5, 1, 2)));
+    EXPECT_TRUE(box_is(parent->get_bounds(), v3(-1, -1, -2), v3(5, 1, 2)));
+
+    // A plane in x-y through (1, 2, 3): u = x, v = y.
+    auto flat = ixo_scene_plane::create(ixo_plane<float>(v3(1, 2, 3), v3(0, 0, 1)), 4, 2);
+    flat->set_occupy_space(true);
+    EXPECT_TRUE(box_is(flat->get_object_bounds(), v3(-1, 1, 3), v3(3, 3, 3)));
+}
+
+TEST(primitives, rectangle_lives_in_the_foreground_only_and_takes_no_space)
+{
+    auto r = ixo_scene_rectangle::create();
+    EXPECT_TRUE(r->get_property(ixo_scene_object::in_foreground));
+    EXPECT_FALSE(r->get_property(ixo_scene_object::in_background));
+    EXPECT_TRUE(r->get_rectangle().empty());
+    r->set_rectangle(ixo_box2<float>(ixo_vector2<float>(10, 20), ixo_vector2<float>(30, 40)));
+    EXPECT_FLOAT_EQ(r->get_rectangle().corner(true, false)[0], 30);
+    EXPECT_FLOAT_EQ(r->get_rectangle().corner(true, false)[1], 20);
+    EXPECT_TRUE(r->get_object_bounds().empty());
+    EXPECT_TRUE(r->get_bounds().empty());
+}
+
+TEST(primitives, axis_is_a_shaft_and_a_head_in_the_axis_colour)
+{
+    auto axis = ixo_scene_axis::create();
+    ASSERT_EQ(axis->get_num_children(), 2);
+    auto shaft = ixo_object_ptr<ixo_scene_cylinder>(axis->get_child(0));
+    auto head = ixo_object_ptr<ixo_scene_cone>(axis->get_child(1));
+    ASSERT_TRUE(shaft);
+    ASSERT_TRUE(head);
+    // Shaft: radius 0.1 from z = 0 to 1.
+    EXPECT_TRUE(box_is(shaft->get_bounds(), v3(-0.1f, -0.1f, 0), v3(0.1f, 0.1f, 1)));
+    // Head: radius 2, squashed along z by the golden ratio around z = 0.5.
+    float const half = 0.5f / 1.618033988749895f;
+    EXPECT_TRUE(box_is(head->get_bounds(), v3(-2, -2, 0.5f - half), v3(2, 2, 0.5f + half)));
+    EXPECT_TRUE(box_is(axis->get_bounds(), v3(-2, -2, 0), v3(2, 2, 1)));
+
+    axis->set_color(color(10, 20, 30, 40));
+    shaft->set_color(color(200, 200, 200, 255));
+    for (auto part : {axis->get_child(0), axis->get_child(1)})
+    {
+        EXPECT_TRUE(part->get_property(ixo_scene_object::inherit_color));
+        EXPECT_TRUE(part->get_actual_color() == v3(10 / 255.0f, 20 / 255.0f, 30 / 255.0f));
+        // Alpha is not inherited.
+        EXPECT_FLOAT_EQ(part->get_actual_alpha(), 1.0f);
+    }
+}
+
+TEST(primitives, coordinate_system_has_a_ball_and_three_coloured_arrows)
+{
+    auto cs = ixo_scene_coordinate_system::create();
+    ASSERT_EQ(cs->get_num_children(), 4);
+    auto ball = ixo_object_ptr<ixo_scene_sphere>(cs->get_child(0));
+    ASSERT_TRUE(ball);
+    EXPECT_TRUE(ball->get_color() == color(128, 128, 128, 255));
+    EXPECT_TRUE(box_is(ball->get_bounds(), v3(-0.2f, -0.2f, -0.2f), v3(0.2f, 0.2f, 0.2f)));
+
+    color const colours[] = {color(128, 0, 0, 255), color(0, 128, 0, 255), color(0, 0, 128, 255)};
+    v3 const tips[] = {v3(1, 0, 0), v3(0, 1, 0), v3(0, 0, 1)};
+    for (int i = 0; i < 3; ++i)
+    {
+        auto axis = ixo_object_ptr<ixo_scene_axis>(cs->get_child(i + 1));
+        ASSERT_TRUE(axis) << i;
+        EXPECT_TRUE(axis->get_color() == colours[i]) << i;
+        // The arrow's tip (0, 0, 1) in its own frame lands on the unit vector of its axis.
+        ixo_vector4<float> const tip = axis->get_transform() * ixo_vector4<float>(0, 0, 1, 1);
+        EXPECT_TRUE(v3(tip[0], tip[1], tip[2]) == tips[i]) << i;
+        // Its shaft and head draw in the arrow's colour, whatever their own.
+        auto head = axis->get_child(1);
+        head->set_color(color(1, 2, 3, 255));
+        v3 const want(colours[i][0] / 255.0f, colours[i][1] / 255.0f, colours[i][2] / 255.0f);
+        EXPECT_TRUE(head->get_actual_color() == want) << i;
+        EXPECT_TRUE(axis->get_child(0)->get_actual_color() == want) << i;
+    }
+    // The x arrow spans x from 0 to 1 with the head's radius 2 across y and z.
+    EXPECT_TRUE(box_is(cs->get_child(1)->get_bounds(), v3(0, -2, -2), v3(1, 2, 2)));
+    EXPECT_TRUE(box_is(cs->get_child(2)->get_bounds(), v3(-2, 0, -2), v3(2, 1, 2)));
+    EXPECT_TRUE(box_is(cs->get_bounds(), v3(-2, -2, -2), v3(2, 2, 2)));
+}
+
+TEST(primitives, without_a_device_nothing_is_built_and_everything_succeeds)
+{
+    auto box = ixo_scene_box::create(1, 2, 3);
+    auto cylinder = ixo_scene_cylinder::create(1, 2);
+    auto cone = ixo_scene_cone::create();
+    auto sphere = ixo_scene_sphere::create();
+    auto plane = ixo_scene_plane::create(ixo_plane<float>(), 1, 1);
+    auto rect = ixo_scene_rectangle::create();
+    EXPECT_EQ(box->get_mesh(), nullptr);
+    EXPECT_EQ(cylinder->get_mesh(), nullptr);
+    EXPECT_EQ(ixo_scene_cone::get_shared_mesh(), nullptr);
+    EXPECT_EQ(ixo_scene_sphere::get_shared_mesh(), nullptr);
+    EXPECT_EQ(plane->get_vertex_buffer(), nullptr);
+
+    ixo_scene_draw_data d;
+    d.set_foreground(true);
+    d.set_draw_mapped_shadows(true);
+    ixo_object_ptr<ixo_scene_object> all[] = {box, cylinder, cone, sphere, plane, rect};
+    for (auto& o : all)
+    {
+        EXPECT_TRUE(o->draw_object(d));
+        EXPECT_TRUE(o->pre_reset());
+        EXPECT_TRUE(o->post_reset());
+        EXPECT_TRUE(o->draw(d));
+    }
+    EXPECT_EQ(box->get_mesh(), nullptr);
+    EXPECT_EQ(ixo_scene_sphere::get_shared_mesh(), nullptr);
+}
