@@ -1,0 +1,224 @@
+// Draws meshes read from generated STL files headless on the application's device into a
+// target of the test's own, through an orthographic camera looking down -z at 20 pixels
+// per unit, and reads the pixels back: the picking pass shows the mesh's identifier
+// exactly where its triangles are, and a mesh naming vertices it lacks draws nothing.
+
+#include "mesh/mesh_test_files.h"
+
+#include <ixocore/app/application.h>
+#include <ixocore/app/document.h>
+#include <ixocore/core/identifiable_object.h>
+#include <ixocore/mesh/doc_indexed_mesh.h>
+#include <ixocore/mesh/scene_indexed_mesh.h>
+#include <ixocore/platform/d3d9.h>
+#include <ixocore/platform/d3dx9.h>
+#include <ixocore/platform/d3dx9_effect.h>
+#include <ixocore/render/direct3d.h>
+#include <ixocore/render/scene_draw_data.h>
+#include <ixocore/scene/scene.h>
+#include <ixocore/scene/scene_object.h>
+
+using namespace mesh_test;
+
+namespace
+{
+constexpr UINT W = 160;
+constexpr UINT H = 120;
+constexpr float px_per_unit = 20;
+constexpr D3DCOLOR background = D3DCOLOR_XRGB(10, 20, 30);
+
+struct pixel
+{
+    std::uint8_t b, g, r, a;
+};
+
+UINT col(float x)
+{
+    return UINT(W / 2 + x * px_per_unit);
+}
+UINT row(float y)
+{
+    return UINT(H / 2 - y * px_per_unit);
+}
+
+// A binary STL of the square [x0, x1] x [y0, y1] at z = 0 (two facets facing +z).
+std::string square_stl(float x0, float y0, float x1, float y1)
+{
+    std::string s(80, ' ');
+    s[0] = char(0xff);
+    put<std::uint32_t>(s, 2);
+    const float facets[2][9] = {{x0, y0, 0, x1, y0, 0, x1, y1, 0},
+                                {x0, y0, 0, x1, y1, 0, x0, y1, 0}};
+    for (auto const& f : facets)
+    {
+        for (float n : {0.0f, 0.0f, 1.0f})
+            put<float>(s, n);
+        for (float v : f)
+            put<float>(s, v);
+        s.append(2, '\0');
+    }
+    return s;
+}
+
+class scene_indexed_mesh_render : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
+        device = ixo_direct3d::get_device();
+        ASSERT_NE(device, nullptr);
+        ASSERT_EQ(device->CreateRenderTarget(W, H, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE,
+                                             &target, nullptr),
+                  D3D_OK);
+        ASSERT_EQ(device->CreateDepthStencilSurface(W, H, D3DFMT_D24S8, D3DMULTISAMPLE_NONE, 0,
+                                                    TRUE, &depth, nullptr),
+                  D3D_OK);
+        ASSERT_EQ(device->CreateOffscreenPlainSurface(W, H, D3DFMT_A8R8G8B8, D3DPOOL_SYSTEMMEM,
+                                                      &readback, nullptr),
+                  D3D_OK);
+        scene = ixo_scene::create();
+    }
+
+    void TearDown() override
+    {
+        scene = nullptr;
+        if (device)
+        {
+            IDirect3DSurface9* back = nullptr;
+            if (SUCCEEDED(device->GetBackBuffer(0, 0, D3DBACKBUFFER_TYPE_MONO, &back)))
+            {
+                device->SetRenderTarget(0, back);
+                back->Release();
+            }
+            device->SetDepthStencilSurface(nullptr);
+        }
+        for (IDirect3DSurface9** s : {&readback, &depth, &target})
+            if (*s)
+                (*s)->Release();
+        ixo_application::end();
+    }
+
+    std::vector<pixel> draw(bool mapping)
+    {
+        device->SetRenderTarget(0, target);
+        device->SetDepthStencilSurface(depth);
+        D3DVIEWPORT9 vp{0, 0, W, H, 0.0f, 1.0f};
+        device->SetViewport(&vp);
+        device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, background, 1.0f, 0);
+        D3DXMATRIX view, projection;
+        D3DXVECTOR3 const eye(0, 0, 10), at(0, 0, 0), up(0, 1, 0);
+        D3DXMatrixLookAtRH(&view, &eye, &at, &up);
+        D3DXMatrixOrthoRH(&projection, W / px_per_unit, H / px_per_unit, 0.1f, 20.0f);
+        device->SetTransform(D3DTS_VIEW, &view);
+        device->SetTransform(D3DTS_PROJECTION, &projection);
+        if (ID3DXEffect* effect = ixo_direct3d::get_effect())
+        {
+            effect->SetMatrix("g_mView", &view);
+            effect->SetMatrix("g_mProj", &projection);
+        }
+        ixo_scene_draw_data d;
+        d.set_mapping(mapping);
+        d.set_foreground(true);
+        EXPECT_TRUE(scene->draw(d));
+        std::vector<pixel> out;
+        D3DLOCKED_RECT lr{};
+        if (device->GetRenderTargetData(target, readback) != D3D_OK ||
+            readback->LockRect(&lr, nullptr, D3DLOCK_READONLY) != D3D_OK)
+            return out;
+        out.resize(std::size_t(W) * H);
+        for (UINT y = 0; y < H; ++y)
+            std::memcpy(&out[std::size_t(y) * W],
+                        static_cast<const std::uint8_t*>(lr.pBits) + y * lr.Pitch, W * 4);
+        readback->UnlockRect();
+        return out;
+    }
+
+    static unsigned long id_at(const std::vector<pixel>& img, UINT x, UINT y)
+    {
+        if (img.size() != std::size_t(W) * H)
+            return ixo_invalid_object_id;
+        pixel const p = img[std::size_t(y) * W + x];
+        return ixo_id_from_color(ixo_vector4<unsigned char>(p.b, p.g, p.r, p.a));
+    }
+
+    IDirect3DDevice9* device = nullptr;
+    IDirect3DSurface9* target = nullptr;
+    IDirect3DSurface9* depth = nullptr;
+    IDirect3DSurface9* readback = nullptr;
+    ixo_object_ptr<ixo_scene> scene;
+};
+
+} // namespace
+
+TEST_F(scene_indexed_mesh_render, MeshFromStlIsPickedWhereItsTrianglesAre)
+{
+    auto mesh = ixo_indexed_mesh::read_from_stl_file(
+        wide(write_file("square.stl", square_stl(-2, -1, 1, 2))));
+    ASSERT_TRUE(mesh);
+    ASSERT_EQ(mesh->get_num_vertices(), 4u);
+    auto object = ixo_scene_indexed_mesh::create(mesh);
+    object->set_property(ixo_scene_object::pickable, true);
+    scene->get_root()->add_child(object);
+
+    auto img = draw(true);
+    ASSERT_EQ(img.size(), std::size_t(W) * H);
+    // Inside the square, on both of its triangles, and outside it.
+    EXPECT_EQ(id_at(img, col(-1.5f), row(1.5f)), object->id());
+    EXPECT_EQ(id_at(img, col(0.5f), row(-0.5f)), object->id());
+    EXPECT_EQ(id_at(img, col(0), row(0)), object->id());
+    EXPECT_NE(id_at(img, col(1.5f), row(0)), object->id());
+    EXPECT_NE(id_at(img, col(0), row(-1.5f)), object->id());
+    EXPECT_NE(id_at(img, col(-2.5f), row(0)), object->id());
+    int covered = 0;
+    for (UINT y = 0; y < H; ++y)
+        for (UINT x = 0; x < W; ++x)
+            covered += id_at(img, x, y) == object->id();
+    EXPECT_NEAR(covered, 60 * 60, 2 * 60 + 2 * 60 + 4);
+
+    // The normal pass draws it too; after the device resources are released it is drawn
+    // again from new buffers.
+    auto normal = draw(false);
+    ASSERT_EQ(normal.size(), std::size_t(W) * H);
+    pixel inside = normal[std::size_t(row(0)) * W + col(0)];
+    EXPECT_FALSE(inside.r == 30 && inside.g == 20 && inside.b == 10);
+    EXPECT_TRUE(object->pre_reset_object());
+    EXPECT_EQ(id_at(draw(true), col(0), row(0)), object->id());
+}
+
+TEST_F(scene_indexed_mesh_render, MeshNamingMissingVerticesDrawsNothing)
+{
+    auto broken = make_mesh({-2, -2, 0, 2, -2, 0, 2, 2, 0}, {0, 1, 2, 0, 2, 77});
+    ASSERT_TRUE(broken);
+    auto object = ixo_scene_indexed_mesh::create(broken);
+    object->set_property(ixo_scene_object::pickable, true);
+    scene->get_root()->add_child(object);
+    auto img = draw(true);
+    ASSERT_EQ(img.size(), std::size_t(W) * H);
+    for (UINT y = 0; y < H; ++y)
+        for (UINT x = 0; x < W; ++x)
+            ASSERT_NE(id_at(img, x, y), object->id());
+}
+
+TEST_F(scene_indexed_mesh_render, DocumentObjectHangsItsSceneObjectUnderTheRoot)
+{
+    auto mesh = ixo_indexed_mesh::read_from_stl_file(
+        wide(write_file("doc_square.stl", square_stl(-1, -1, 1, 1))));
+    ASSERT_TRUE(mesh);
+    auto doc_object = ixo_doc_indexed_mesh::create(mesh);
+    EXPECT_EQ(doc_object->type_name(), ixo_string("Indexed Mesh Document Object"));
+    EXPECT_EQ(doc_object->get_mesh(), mesh);
+    ASSERT_TRUE(doc_object->get_scene_object());
+    EXPECT_EQ(doc_object->get_scene_object()->get_mesh(), mesh);
+
+    auto doc = ixo_application::instance()->create_document();
+    ASSERT_TRUE(doc);
+    auto root = doc->get_scene()->get_root();
+    int before = root->get_num_children();
+    EXPECT_TRUE(doc->add(doc_object));
+    ASSERT_EQ(root->get_num_children(), before + 1);
+    EXPECT_EQ(root->get_child(before), doc_object->get_scene_object());
+    EXPECT_TRUE(doc->remove(doc_object));
+    EXPECT_EQ(root->get_num_children(), before);
+    ixo_application::instance()->remove_document(doc);
+}
