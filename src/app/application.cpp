@@ -4,6 +4,7 @@
 #include <ixocore/events/event_manager.h>
 #include <ixocore/render/direct3d.h>
 #include <ixocore/render/resource_manager.h>
+#include <ixocore/scene/scene.h>
 
 ixo_application* ixo_application::m_instance = nullptr;
 
@@ -70,14 +71,18 @@ bool ixo_application::remove_document(ixo_object_ptr<ixo_document> doc)
 
 void ixo_application::pre_reset()
 {
-    // Each document's scene (in set order) and then the render-view manager release their
-    // device resources here once they exist.
+    for (const ixo_object_ptr<ixo_document>& doc : documents_)
+        if (ixo_object_ptr<ixo_scene> scene = doc->get_scene())
+            scene->pre_reset();
+    // The render-view manager releases its device resources here once it exists.
 }
 
 void ixo_application::post_reset()
 {
-    // Each document's scene (in set order) and then the render-view manager rebuild their
-    // device resources here once they exist.
+    for (const ixo_object_ptr<ixo_document>& doc : documents_)
+        if (ixo_object_ptr<ixo_scene> scene = doc->get_scene())
+            scene->post_reset();
+    // The render-view manager rebuilds its device resources here once it exists.
 }
 
 ixo_object_ptr<ixo_event_manager> ixo_application::get_event_manager()

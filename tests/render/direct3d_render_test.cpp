@@ -1,4 +1,5 @@
 #include <ixocore/app/application.h>
+#include <ixocore/app/document.h>
 #include <ixocore/events/event.h>
 #include <ixocore/events/event_manager.h>
 #include <ixocore/platform/d3d9_testing.h>
@@ -7,6 +8,8 @@
 #include <ixocore/platform/win32.h>
 #include <ixocore/render/direct3d.h>
 #include <ixocore/render/resource_manager.h>
+#include <ixocore/scene/scene.h>
+#include <ixocore/scene/scene_object.h>
 
 #include "render/exe_copy.h"
 #include "render/render_target.h"
@@ -286,4 +289,52 @@ TEST(Direct3D, ResetProtocolRaisesEventsAndRebuilds)
     ASSERT_EQ(effect->GetVector("g_lightPos", &out), D3D_OK);
     EXPECT_EQ(out, in);
     d3d = nullptr;
+}
+
+namespace
+{
+// Logs its own release and rebuild into the shared log of the reset events.
+class reset_probe : public ixo_scene_object
+{
+public:
+    static ixo_object_ptr<reset_probe> create(std::vector<std::string>& log)
+    {
+        return new reset_probe(log);
+    }
+    bool pre_reset_object() override
+    {
+        log_.push_back("release");
+        return true;
+    }
+    bool post_reset_object() override
+    {
+        log_.push_back("rebuild");
+        return true;
+    }
+
+private:
+    explicit reset_probe(std::vector<std::string>& log) : log_(log) {}
+    std::vector<std::string>& log_;
+};
+} // namespace
+
+TEST(Direct3D, ResetReachesEveryDocumentsScene)
+{
+    library_guard guard;
+    ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
+    ixo_object_ptr<recorder> events = recorder::create();
+    ixo_object_ptr<ixo_event_manager> manager = ixo_event_manager::get_app_event_manager();
+    manager->subscribe(ixo_event_direct3d_resetting::create(), events);
+    manager->subscribe(ixo_event_direct3d_reset::create(), events);
+    {
+        ixo_object_ptr<ixo_document> first = ixo_application::instance()->create_document();
+        ixo_object_ptr<ixo_document> second = ixo_application::instance()->create_document();
+        first->get_scene()->get_root()->add_child(reset_probe::create(events->log));
+        second->get_scene()->get_root()->add_child(reset_probe::create(events->log));
+    }
+    ixo_d3d9_test_lose_device(ixo_direct3d::get_device(), 0);
+    EXPECT_TRUE(ixo_application::instance()->get_direct3d()->reset());
+    // Scenes release before the resetting event and rebuild before the reset event.
+    EXPECT_EQ(events->log, (std::vector<std::string>{"release", "release", "resetting", "rebuild",
+                                                     "rebuild", "reset"}));
 }

@@ -1,0 +1,169 @@
+#include <ixocore/app/application.h>
+#include <ixocore/math/plane.h>
+#include <ixocore/platform/d3d9.h>
+#include <ixocore/platform/d3dx9.h>
+#include <ixocore/render/direct3d.h>
+#include <ixocore/render/light.h>
+#include <ixocore/render/scene_draw_data.h>
+#include <ixocore/render/scene_shadow.h>
+#include <ixocore/scene/scene_object.h>
+
+#include "render/render_target.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace
+{
+using vec3 = ixo_vector3<float>;
+
+constexpr UINT size = 64;
+
+// A horizontal square at height `y` over [x0, x1] × [z0, z1].
+class flat_square : public ixo_scene_object
+{
+public:
+    static ixo_object_ptr<flat_square> create(float y, float x0, float x1, float z0, float z1)
+    {
+        return new flat_square(y, x0, x1, z0, z1);
+    }
+
+    bool draw_object(const ixo_scene_draw_data&) override
+    {
+        IDirect3DDevice9* device = ixo_direct3d::get_device();
+        device->SetFVF(D3DFVF_XYZ | D3DFVF_NORMAL);
+        return SUCCEEDED(
+            device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, vertices_, sizeof(float) * 6));
+    }
+
+    ixo_box3<float> get_object_bounds() const override
+    {
+        return ixo_box3<float>(vec3(vertices_[0], vertices_[1], vertices_[2]),
+                               vec3(vertices_[18], vertices_[19], vertices_[20]));
+    }
+
+private:
+    flat_square(float y, float x0, float x1, float z0, float z1)
+        : vertices_{x0, y, z0, 0, 1, 0, x1, y, z0, 0, 1, 0, x0, y, z1, 0, 1, 0, x1, y, z1, 0, 1, 0}
+    {
+    }
+
+    float vertices_[24];
+};
+
+struct lit_area
+{
+    int left = size, top = size, right = -1, bottom = -1, count = 0;
+};
+
+// Looks straight down from above the origin with 8 pixels per unit: world x grows to the
+// right from column 32, world z grows downward from row 32.
+void set_top_camera(IDirect3DDevice9* device)
+{
+    D3DXMATRIX view, proj, identity;
+    D3DXVECTOR3 const eye(0.f, 20.f, 0.f), at(0.f, 0.f, 0.f), up(0.f, 0.f, -1.f);
+    D3DXMatrixLookAtRH(&view, &eye, &at, &up);
+    D3DXMatrixOrthoRH(&proj, 8.f, 8.f, 1.f, 40.f);
+    D3DXMatrixIdentity(&identity);
+    device->SetTransform(D3DTS_VIEW, &view);
+    device->SetTransform(D3DTS_PROJECTION, &proj);
+    device->SetTransform(D3DTS_WORLD, &identity);
+    // Plain white wherever something is drawn.
+    device->SetRenderState(D3DRS_LIGHTING, FALSE);
+    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+}
+
+lit_area draw(ixo_scene_object& object)
+{
+    IDirect3DDevice9* device = ixo_direct3d::get_device();
+    ixo_test::render_target target(device, size, size);
+    lit_area area;
+    if (!target.begin(D3DCOLOR_XRGB(0, 0, 0)))
+        return area;
+    set_top_camera(device);
+    ixo_scene_draw_data d;
+    d.set_foreground(true);
+    object.draw(d);
+    std::vector<ixo_test::pixel> const pixels = target.end();
+    for (int y = 0; y < int(size) && !pixels.empty(); ++y)
+        for (int x = 0; x < int(size); ++x)
+            if (pixels[std::size_t(y) * size + std::size_t(x)].r > 128)
+            {
+                area.left = std::min(area.left, x);
+                area.right = std::max(area.right, x);
+                area.top = std::min(area.top, y);
+                area.bottom = std::max(area.bottom, y);
+                ++area.count;
+            }
+    return area;
+}
+} // namespace
+
+TEST(SceneShadow, TransformMovesPointsAlongTheLightRayOntoThePlane)
+{
+    // Light at (0, 10, 0) over y = 0: (1, 5, 0) lies halfway, so its shadow is twice as far
+    // out.
+    ixo_plane<float> const ground(vec3(0.f, 0.f, 0.f), vec3(0.f, 1.f, 0.f));
+    ixo_matrix44<float> const m = ixo_planar_shadow_transform(vec3(0.f, 10.f, 0.f), ground);
+    EXPECT_EQ(m * vec3(1.f, 5.f, 0.f), vec3(2.f, 0.f, 0.f));
+    EXPECT_EQ(m * vec3(-3.f, 0.f, 4.f), vec3(-3.f, 0.f, 4.f));
+    ixo_vector4<float> const h = m * ixo_vector4<float>(1.f, 5.f, 0.f, 1.f);
+    EXPECT_GT(h[3], 0.f);
+
+    // A tilted plane not through the origin, with a normal of length 2.
+    ixo_plane<float> const tilted(vec3(0.f, 1.f, 0.f), vec3(0.f, 2.f, 2.f));
+    vec3 const light(0.f, 6.f, 1.f);
+    vec3 const q(1.f, 3.f, 0.f);
+    vec3 const s = ixo_planar_shadow_transform(light, tilted) * q;
+    // On the plane, and on the line through the light and q.
+    EXPECT_NEAR((s - tilted.root()) * tilted.normal(), 0.f, 1e-5f);
+    vec3 const along = (s - light) ^ (q - light);
+    EXPECT_NEAR(along.length(), 0.f, 1e-4f);
+}
+
+TEST(SceneShadow, PlanarShadowLandsWhereTheLightCastsIt)
+{
+    ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
+    {
+        ixo_object_ptr<flat_square> square = flat_square::create(5.f, 0.5f, 1.5f, -0.5f, 0.5f);
+        ixo_object_ptr<ixo_light> light = ixo_light::create(0);
+        light->set_position(0.f, 10.f, 0.f);
+        ixo_object_ptr<ixo_scene_shadow> shadow = ixo_scene_shadow::create(
+            square, light, ixo_plane<float>(vec3(0.f, 0.f, 0.f), vec3(0.f, 1.f, 0.f)));
+        EXPECT_TRUE(shadow->get_object_bounds().empty());
+        EXPECT_TRUE(shadow->get_bounds().empty());
+
+        // The square itself: x in [0.5, 1.5], z in [-0.5, 0.5].
+        lit_area const own = draw(*square);
+        EXPECT_NEAR(own.left, 36, 1);
+        EXPECT_NEAR(own.right, 43, 1);
+        EXPECT_NEAR(own.top, 28, 1);
+        EXPECT_NEAR(own.bottom, 35, 1);
+
+        // Halfway between light and ground, its shadow is twice its size and twice as far
+        // out: x in [1, 3], z in [-1, 1].
+        lit_area const cast = draw(*shadow);
+        EXPECT_NEAR(cast.left, 40, 1);
+        EXPECT_NEAR(cast.right, 55, 1);
+        EXPECT_NEAR(cast.top, 24, 1);
+        EXPECT_NEAR(cast.bottom, 39, 1);
+        EXPECT_NEAR(cast.count, 16 * 16, 32);
+
+        // The light moves: the shadow follows at the next draw. From (1, 10, 0) the square's
+        // x range maps to [0, 2].
+        light->set_position(1.f, 10.f, 0.f);
+        lit_area const moved = draw(*shadow);
+        EXPECT_NEAR(moved.left, 32, 1);
+        EXPECT_NEAR(moved.right, 47, 1);
+
+        // The world transform is handed back as it was found.
+        IDirect3DDevice9* device = ixo_direct3d::get_device();
+        D3DXMATRIX world;
+        device->GetTransform(D3DTS_WORLD, &world);
+        D3DXMATRIX identity;
+        D3DXMatrixIdentity(&identity);
+        EXPECT_EQ(world, identity);
+    }
+    ixo_application::end();
+}
