@@ -3,6 +3,7 @@
 #include <ixocore/app/document.h>
 #include <ixocore/events/event_manager.h>
 #include <ixocore/render/direct3d.h>
+#include <ixocore/render/render_view_manager.h>
 #include <ixocore/render/resource_manager.h>
 #include <ixocore/scene/scene.h>
 
@@ -11,7 +12,7 @@ ixo_application* ixo_application::m_instance = nullptr;
 ixo_application::ixo_application()
 {
     event_manager_ = ixo_event_manager::create();
-    // The render-view manager is created here once it exists.
+    render_view_manager_ = ixo_object_ptr<ixo_render_view_manager>(new ixo_render_view_manager);
     resource_manager_ = ixo_resource_manager::create();
 }
 
@@ -24,7 +25,7 @@ ixo_application::~ixo_application()
     documents_.clear();
     documents.clear();
     event_manager_ = nullptr;
-    // The render-view manager is released here once it exists.
+    render_view_manager_ = nullptr;
     resource_manager_ = nullptr;
     direct3d_ = nullptr;
 }
@@ -74,7 +75,8 @@ void ixo_application::pre_reset()
     for (const ixo_object_ptr<ixo_document>& doc : documents_)
         if (ixo_object_ptr<ixo_scene> scene = doc->get_scene())
             scene->pre_reset();
-    // The render-view manager releases its device resources here once it exists.
+    if (render_view_manager_)
+        render_view_manager_->pre_reset();
 }
 
 void ixo_application::post_reset()
@@ -82,12 +84,18 @@ void ixo_application::post_reset()
     for (const ixo_object_ptr<ixo_document>& doc : documents_)
         if (ixo_object_ptr<ixo_scene> scene = doc->get_scene())
             scene->post_reset();
-    // The render-view manager rebuilds its device resources here once it exists.
+    if (render_view_manager_)
+        render_view_manager_->post_reset();
 }
 
 ixo_object_ptr<ixo_event_manager> ixo_application::get_event_manager()
 {
     return event_manager_;
+}
+
+ixo_object_ptr<ixo_render_view_manager> ixo_application::get_render_view_manager()
+{
+    return render_view_manager_;
 }
 
 ixo_object_ptr<ixo_resource_manager> ixo_application::get_resource_manager()

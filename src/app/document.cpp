@@ -8,13 +8,14 @@
 #include <ixocore/scene/scene.h>
 #include <ixocore/scene/scene_object.h>
 #include <ixocore/scene/selection.h>
+#include <ixocore/tools/tool_manager.h>
 
 #include <iterator>
 
 ixo_document::ixo_document()
 {
     command_manager_ = ixo_command_manager::create();
-    // The tool manager is created here, between the command manager and the scene.
+    tool_manager_ = ixo_tool_manager::create();
     scene_ = ixo_scene::create();
     selection_ = ixo_selection::create();
 }
@@ -24,9 +25,11 @@ ixo_document::~ixo_document()
     // Commands hold scene objects: the history goes first. The tool stack is cleared
     // between the history and the tree.
     command_manager_->clear_all();
+    tool_manager_->clear_all_tools();
     scene_->get_root()->remove_all_children();
     selection_->remove_all();
     command_manager_ = nullptr;
+    tool_manager_ = nullptr;
     scene_ = nullptr;
     selection_ = nullptr;
     // The objects go with the map, without on_remove.
@@ -40,6 +43,11 @@ ixo_object_ptr<ixo_command_manager> ixo_document::get_command_manager()
 ixo_object_ptr<ixo_scene> ixo_document::get_scene()
 {
     return scene_;
+}
+
+ixo_object_ptr<ixo_tool_manager> ixo_document::get_tool_manager()
+{
+    return tool_manager_;
 }
 
 ixo_object_ptr<ixo_selection> ixo_document::get_selection()

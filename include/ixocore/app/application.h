@@ -12,6 +12,7 @@
 class ixo_direct3d;
 class ixo_document;
 class ixo_event_manager;
+class ixo_render_view_manager;
 class ixo_resource_manager;
 
 // The result of start: the outcome of creating the graphics device.
@@ -54,6 +55,8 @@ public:
     virtual void post_reset();
     // The application's event manager (a new reference).
     virtual ixo_object_ptr<ixo_event_manager> get_event_manager();
+    // The application's render-view manager (a new reference).
+    virtual ixo_object_ptr<ixo_render_view_manager> get_render_view_manager();
     // The application's resource manager (a new reference).
     virtual ixo_object_ptr<ixo_resource_manager> get_resource_manager();
     // The graphics device (a new reference); null when its creation failed.
@@ -68,7 +71,7 @@ private:
     // Ordered by address, not by creation.
     std::set<ixo_object_ptr<ixo_document>> documents_;
     ixo_object_ptr<ixo_event_manager> event_manager_;
-    // The render-view manager joins here when it exists.
+    ixo_object_ptr<ixo_render_view_manager> render_view_manager_;
     ixo_object_ptr<ixo_resource_manager> resource_manager_;
     ixo_object_ptr<ixo_direct3d> direct3d_;
     int start_count_ = 0;

@@ -18,6 +18,7 @@ class ixo_command_manager;
 class ixo_document_object;
 class ixo_scene;
 class ixo_selection;
+class ixo_tool_manager;
 
 class IXO_API ixo_document : public ixo_object
 {
@@ -26,6 +27,8 @@ public:
     virtual ixo_object_ptr<ixo_command_manager> get_command_manager();
     // The document's scene.
     virtual ixo_object_ptr<ixo_scene> get_scene();
+    // The document's tool stack; the host gives mouse input to its active tool.
+    virtual ixo_object_ptr<ixo_tool_manager> get_tool_manager();
     // The document's selection.
     virtual ixo_object_ptr<ixo_selection> get_selection();
 
@@ -81,7 +84,7 @@ private:
     bool save_packets(ixo_object_ptr<ixo_archive> archive, int packets);
 
     ixo_object_ptr<ixo_command_manager> command_manager_;
-    // The tool manager joins here, between the command manager and the scene.
+    ixo_object_ptr<ixo_tool_manager> tool_manager_;
     ixo_object_ptr<ixo_scene> scene_;
     ixo_object_ptr<ixo_selection> selection_;
     // A type is present only while it has objects.

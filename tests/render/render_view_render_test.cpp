@@ -1,0 +1,427 @@
+#include <ixocore/app/application.h>
+#include <ixocore/core/identifiable_object.h>
+#include <ixocore/events/event_manager.h>
+#include <ixocore/math/matrix.h>
+#include <ixocore/platform/d3d9_testing.h>
+#include <ixocore/render/camera_view.h>
+#include <ixocore/render/direct3d.h>
+#include <ixocore/render/light.h>
+#include <ixocore/render/render_view.h>
+#include <ixocore/render/render_view_manager.h>
+#include <ixocore/scene/scene.h>
+
+#include "render/view_test_box.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace
+{
+using rgba_image = std::vector<ixo_vector4<unsigned char>>;
+using ixo_test::view_test_box;
+
+constexpr unsigned view_w = 320;
+constexpr unsigned view_h = 240;
+// Background (0, 0.5, 1) packs to (0, 127, 255): 0.5 · 255 truncates to 127.
+const ixo_vector4<float> background(0.0f, 0.5f, 1.0f, 1.0f);
+
+struct rgb
+{
+    int r, g, b;
+};
+
+rgb at(const rgba_image& image, unsigned width, unsigned x, unsigned y)
+{
+    const auto& p = image[std::size_t(y) * width + x];
+    return {p[0], p[1], p[2]};
+}
+
+bool is_background(rgb c)
+{
+    return c.r == 0 && c.g == 127 && c.b == 255;
+}
+
+bool is_reddish(rgb c)
+{
+    return c.r > 100 && c.g < 40 && c.b < 40;
+}
+
+// A file in the system's temporary folder, removed at the end of the test.
+struct temp_file
+{
+    explicit temp_file(const std::string& name)
+        : path((std::filesystem::temp_directory_path() /
+                ("ixo_view_" + std::to_string(::getpid()) + "_" + name))
+                   .string())
+    {
+    }
+    ~temp_file()
+    {
+        std::error_code ec;
+        std::filesystem::remove(path, ec);
+    }
+    std::string path;
+};
+
+// Writes a 24-bit BMP of one colour.
+void write_bmp(const std::string& path, int w, int h, unsigned char r, unsigned char g,
+               unsigned char b)
+{
+    int const row = (3 * w + 3) / 4 * 4;
+    std::vector<unsigned char> f(54 + std::size_t(row) * h, 0);
+    auto put32 = [&](int at, unsigned v)
+    {
+        for (int i = 0; i < 4; ++i)
+            f[std::size_t(at + i)] = static_cast<unsigned char>(v >> (8 * i));
+    };
+    f[0] = 'B';
+    f[1] = 'M';
+    put32(2, static_cast<unsigned>(f.size()));
+    put32(10, 54);
+    put32(14, 40);
+    put32(18, static_cast<unsigned>(w));
+    put32(22, static_cast<unsigned>(h));
+    f[26] = 1;
+    f[28] = 24;
+    put32(34, static_cast<unsigned>(row * h));
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+        {
+            std::size_t const o = 54 + std::size_t(y) * row + 3 * std::size_t(x);
+            f[o] = b;
+            f[o + 1] = g;
+            f[o + 2] = r;
+        }
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(f.data()), static_cast<std::streamsize>(f.size()));
+}
+
+class render_view_test : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
+        manager = ixo_render_view_manager::get_app_render_view_manager();
+        ASSERT_NE(manager, nullptr);
+        scene = ixo_scene::create();
+    }
+    void TearDown() override
+    {
+        box = nullptr;
+        view = nullptr;
+        scene = nullptr;
+        manager = nullptr;
+        while (ixo_application::instance())
+            ixo_application::end();
+    }
+
+    // A red 2 × 2 × 2 box at the origin (and `extra`) and a headless view framing them.
+    void make_red_box_view(ixo_object_ptr<ixo_scene_object> extra = nullptr)
+    {
+        box = view_test_box::create(2.0f, 2.0f, 2.0f);
+        box->set_color(ixo_vector4<unsigned char>(255, 0, 0, 255));
+        scene->get_root()->add_child(box);
+        if (extra)
+            scene->get_root()->add_child(extra);
+        view = manager->create();
+        view->set_background_color(background);
+        ASSERT_TRUE(view->initialize(nullptr, view_w, view_h, scene));
+    }
+
+    rgba_image frame(ixo_render_view* v)
+    {
+        rgba_image image;
+        EXPECT_TRUE(v->capture(image));
+        return image;
+    }
+
+    // What a tool passes to pick for the pixel (px, py) counted from the top-left: the
+    // pointer has y counted from the bottom, and the tool hands over (w - x, h - y).
+    unsigned long pick_pixel(int px, int py)
+    {
+        int const w = view->get_camera()->get_width();
+        int const h = view->get_camera()->get_height();
+        int const x = px;
+        int const y = h - py;
+        return view->pick(ixo_vector2<int>(w - x, h - y));
+    }
+
+    ixo_object_ptr<ixo_render_view_manager> manager;
+    ixo_object_ptr<ixo_scene> scene;
+    ixo_object_ptr<ixo_render_view> view;
+    ixo_object_ptr<view_test_box> box;
+};
+
+TEST_F(render_view_test, red_box_paints_red_in_the_centre_and_background_in_the_corners)
+{
+    make_red_box_view();
+    ASSERT_TRUE(view->paint());
+    rgba_image const image = frame(view.get());
+    ASSERT_EQ(image.size(), std::size_t(view_w) * view_h);
+    EXPECT_TRUE(is_reddish(at(image, view_w, view_w / 2, view_h / 2)));
+    for (auto [x, y] :
+         {std::pair{0u, 0u}, {view_w - 1, 0u}, {0u, view_h - 1}, {view_w - 1, view_h - 1}})
+        EXPECT_TRUE(is_background(at(image, view_w, x, y))) << x << "," << y;
+
+    // The camera was fitted to the scene when the view was initialised.
+    EXPECT_NEAR(view->get_camera()->get_focus()[2], 0.0f, 1e-5f);
+
+    // Saved as a PNG file.
+    temp_file png("frame.png");
+    ASSERT_TRUE(view->save_png(ixo_string::from_utf8(png.path)));
+    std::ifstream in(png.path, std::ios::binary);
+    char signature[4] = {};
+    in.read(signature, 4);
+    EXPECT_EQ(std::string(signature + 1, 3), "PNG");
+    EXPECT_FALSE(view->save_png(IXO_TEXT("/nonexistent-folder/x.png")));
+    EXPECT_FALSE(view->save_png(ixo_string()));
+}
+
+TEST_F(render_view_test, picking_finds_the_object_under_the_pointer)
+{
+    // A small box up and to the left, so that a flipped row or column misses it.
+    auto small = view_test_box::create(0.4f, 0.4f, 0.4f);
+    small->set_transform(ixo_translation_transform(ixo_vector3<float>(-1.6f, 1.4f, 0.0f)));
+    make_red_box_view(small);
+    ixo_object_ptr<ixo_camera_view> camera = view->get_camera();
+
+    // Nothing is locked yet.
+    EXPECT_EQ(view->pick(ixo_vector2<int>(160, 120)), ixo_invalid_object_id);
+
+    ASSERT_TRUE(view->map());
+    view->pick_lock();
+    EXPECT_EQ(pick_pixel(view_w / 2, view_h / 2), box->id());
+    EXPECT_EQ(pick_pixel(0, 0), ixo_invalid_object_id);
+    EXPECT_EQ(pick_pixel(view_w - 1, view_h - 1), ixo_invalid_object_id);
+    ixo_vector2<float> const p = camera->pixel_from_point(ixo_vector3<float>(-1.6f, 1.4f, 0.2f));
+    EXPECT_EQ(pick_pixel(int(p[0]), int(p[1])), small->id());
+    // Mirrored places hold other things.
+    EXPECT_NE(pick_pixel(int(view_w - p[0]), int(p[1])), small->id());
+    EXPECT_NE(pick_pixel(int(p[0]), int(view_h - p[1])), small->id());
+    // Points off the image are clamped into it, never read outside.
+    EXPECT_EQ(view->pick(ixo_vector2<int>(-5000, 5000)), ixo_invalid_object_id);
+    EXPECT_EQ(view->pick(ixo_vector2<int>(5000, -5000)), ixo_invalid_object_id);
+    view->pick_unlock();
+    EXPECT_EQ(view->pick(ixo_vector2<int>(160, 120)), ixo_invalid_object_id);
+
+    // A transparent box is drawn but cannot be picked.
+    box->set_property(ixo_scene_object::transparent, true);
+    ASSERT_TRUE(view->map());
+    view->pick_lock();
+    EXPECT_EQ(pick_pixel(view_w / 2, view_h / 2), ixo_invalid_object_id);
+    EXPECT_EQ(pick_pixel(int(p[0]), int(p[1])), small->id());
+    view->pick_unlock();
+    ASSERT_TRUE(view->paint());
+    EXPECT_FALSE(is_background(at(frame(view.get()), view_w, view_w / 2, view_h / 2)));
+}
+
+TEST_F(render_view_test, background_picture_is_centred_with_the_odd_column_on_the_right)
+{
+    view = manager->create();
+    view->set_background_color(background);
+    ASSERT_TRUE(view->initialize(nullptr, view_w, view_h, scene));
+    EXPECT_FALSE(view->load_background_image(ixo_string()));
+    EXPECT_FALSE(view->load_background_image(IXO_TEXT("/nonexistent-folder/none.bmp")));
+
+    temp_file bmp("picture.bmp");
+    write_bmp(bmp.path, 3, 2, 0, 255, 0);
+    ASSERT_TRUE(view->load_background_image(ixo_string::from_utf8(bmp.path)));
+    ASSERT_TRUE(view->paint());
+    rgba_image const image = frame(view.get());
+    // 3 × 2 around (160, 120): columns 159..161 (one left of the centre, two right), rows
+    // 119..120.
+    for (unsigned y = 118; y <= 121; ++y)
+        for (unsigned x = 157; x <= 163; ++x)
+        {
+            bool const inside = x >= 159 && x <= 161 && y >= 119 && y <= 120;
+            rgb const c = at(image, view_w, x, y);
+            if (inside)
+                EXPECT_TRUE(c.r == 0 && c.g == 255 && c.b == 0) << x << "," << y;
+            else
+                EXPECT_TRUE(is_background(c)) << x << "," << y;
+        }
+
+    // A picture larger than the view is squeezed into it.
+    temp_file large("large.bmp");
+    write_bmp(large.path, 400, 300, 255, 255, 0);
+    ASSERT_TRUE(view->load_background_image(ixo_string::from_utf8(large.path)));
+    ASSERT_TRUE(view->paint());
+    rgba_image const squeezed = frame(view.get());
+    for (auto [x, y] : {std::pair{0u, 0u}, {view_w - 1, view_h - 1}, {view_w / 2, view_h / 2}})
+    {
+        rgb const c = at(squeezed, view_w, x, y);
+        EXPECT_TRUE(c.r == 255 && c.g == 255 && c.b == 0) << x << "," << y;
+    }
+
+    view->remove_background_image();
+    ASSERT_TRUE(view->paint());
+    EXPECT_TRUE(is_background(at(frame(view.get()), view_w, view_w / 2, view_h / 2)));
+}
+
+TEST_F(render_view_test, overlay_is_drawn_in_the_top_right_corner)
+{
+    view = manager->create();
+    view->set_background_color(background);
+    view->set_shadow_mapping(false);
+    ASSERT_TRUE(view->initialize(nullptr, view_w, view_h, scene));
+    // Grown by 2 % of its diagonal on every side, 1.915 × 0.92 × 0.1 becomes about
+    // 2.0 × 1.005: a viewport 200 wide and trunc(1.005 · 200 / 2.0 + 1) = 101 high.
+    auto wide = view_test_box::create(1.915f, 0.92f, 0.1f);
+    wide->set_color(ixo_vector4<unsigned char>(0, 255, 0, 255));
+    wide->set_transform(ixo_translation_transform(ixo_vector3<float>(0.0f, 0.0f, -0.5f)));
+    view->get_overlay()->add_child(wide);
+
+    IDirect3DDevice9* device = ixo_direct3d::get_device();
+    ASSERT_TRUE(view->paint());
+    D3DVIEWPORT9 vp{};
+    ASSERT_EQ(device->GetViewport(&vp), D3D_OK);
+    EXPECT_EQ(vp.X, view_w - 200);
+    EXPECT_EQ(vp.Y, 0u);
+    EXPECT_EQ(vp.Width, 200u);
+    EXPECT_EQ(vp.Height, 101u);
+    rgba_image const image = frame(view.get());
+    // The box fills the viewport less the 2 % margin (about 4 pixels).
+    EXPECT_FALSE(is_background(at(image, view_w, view_w - 100, 50)));
+    EXPECT_FALSE(is_background(at(image, view_w, view_w - 190, 10)));
+    EXPECT_FALSE(is_background(at(image, view_w, view_w - 10, 90)));
+    EXPECT_TRUE(is_background(at(image, view_w, view_w - 100, 110)));
+    EXPECT_TRUE(is_background(at(image, view_w, view_w - 210, 50)));
+    EXPECT_TRUE(is_background(at(image, view_w, view_w - 1, 50)));
+
+    // The overlay is pickable.
+    ASSERT_TRUE(view->map());
+    view->pick_lock();
+    EXPECT_EQ(pick_pixel(view_w - 100, 50), wide->id());
+    view->pick_unlock();
+
+    // A tall overlay: height 200, width trunc(0.563 · 200 / 1.563 + 1) = 73.
+    view->get_overlay()->remove_all_children();
+    view->get_overlay()->add_child(view_test_box::create(0.5f, 1.5f, 0.1f));
+    ASSERT_TRUE(view->paint());
+    ASSERT_EQ(device->GetViewport(&vp), D3D_OK);
+    EXPECT_EQ(vp.X, view_w - 73);
+    EXPECT_EQ(vp.Width, 73u);
+    EXPECT_EQ(vp.Height, 200u);
+}
+
+TEST_F(render_view_test, redraw_requests_repaint_every_initialised_view)
+{
+    make_red_box_view();
+    ixo_object_ptr<ixo_render_view> second = manager->create();
+    ASSERT_TRUE(second->initialize(nullptr, 160, 120, scene));
+    // Made but never initialised: not subscribed, so not painted.
+    ixo_object_ptr<ixo_render_view> idle = manager->create();
+    EXPECT_FALSE(idle->paint());
+    rgba_image none;
+    EXPECT_FALSE(idle->capture(none));
+
+    box->normal_draws = 0;
+    ixo_request_redraw();
+    EXPECT_EQ(box->normal_draws, 2);
+
+    // Initialising again does not subscribe again.
+    ASSERT_TRUE(second->initialize(nullptr, 160, 120, scene));
+    box->normal_draws = 0;
+    ixo_request_redraw();
+    EXPECT_EQ(box->normal_draws, 2);
+
+    // The manager paints every view it made (the idle one fails).
+    box->normal_draws = 0;
+    EXPECT_FALSE(manager->paint());
+    EXPECT_EQ(box->normal_draws, 2);
+    EXPECT_EQ(manager->get_num_views(), 3);
+    EXPECT_EQ(manager->get_view(1).get(), second.get());
+    EXPECT_EQ(manager->get_view(3), nullptr);
+    EXPECT_EQ(manager->get_view(-1), nullptr);
+
+    // A view dropped by its manager and its last holder stops listening.
+    EXPECT_TRUE(manager->remove(second));
+    EXPECT_FALSE(manager->remove(second));
+    second = nullptr;
+    box->normal_draws = 0;
+    ixo_request_redraw();
+    EXPECT_EQ(box->normal_draws, 1);
+}
+
+TEST_F(render_view_test, device_reset_rebuilds_the_view_and_keeps_one_subscription)
+{
+    make_red_box_view();
+    temp_file bmp("reset.bmp");
+    write_bmp(bmp.path, int(view_w), int(view_h), 0, 255, 0);
+    ASSERT_TRUE(view->load_background_image(ixo_string::from_utf8(bmp.path)));
+    IDirect3DDevice9* device = ixo_direct3d::get_device();
+
+    ixo_d3d9_test_lose_device(device, 0);
+    ASSERT_TRUE(view->paint());
+    EXPECT_EQ(device->TestCooperativeLevel(), D3D_OK);
+    EXPECT_NE(view->get_render_target(), nullptr);
+    rgba_image const image = frame(view.get());
+    EXPECT_TRUE(is_reddish(at(image, view_w, view_w / 2, view_h / 2)));
+    rgb const picture = at(image, view_w, 0, 0);
+    EXPECT_TRUE(picture.r == 0 && picture.g == 255 && picture.b == 0)
+        << "the background picture is reloaded";
+
+    box->normal_draws = 0;
+    ixo_request_redraw();
+    EXPECT_EQ(box->normal_draws, 1);
+
+    // While the device stays lost, frames and picking give up.
+    ixo_d3d9_test_lose_device(device, 1000);
+    EXPECT_FALSE(view->paint());
+    EXPECT_FALSE(view->map());
+    bool recovered = false;
+    for (int i = 0; i < 2000 && !recovered; ++i)
+        recovered = view->paint();
+    EXPECT_TRUE(recovered);
+    box->normal_draws = 0;
+    ixo_request_redraw();
+    EXPECT_EQ(box->normal_draws, 1);
+}
+
+TEST_F(render_view_test, failed_shadow_pass_still_presents_the_frame)
+{
+    make_red_box_view();
+    ixo_object_ptr<ixo_light> light = ixo_light::create(0);
+    light->set_position(0.0f, 10.0f, 10.0f);
+    light->compute_shadow_matrices(scene->get_bounds());
+    scene->add_light(light);
+    box->set_property(ixo_scene_object::cast_shadow, true);
+    ASSERT_TRUE(view->paint());
+
+    box->fail_in_shadow_pass = true;
+    box->normal_draws = 0;
+    EXPECT_FALSE(view->paint());
+    EXPECT_EQ(box->normal_draws, 1);
+    rgba_image const image = frame(view.get());
+    EXPECT_TRUE(is_reddish(at(image, view_w, view_w / 2, view_h / 2)));
+    EXPECT_TRUE(is_background(at(image, view_w, 0, 0)));
+
+    // Without shadow mapping the failing pass is not run at all.
+    view->set_shadow_mapping(false);
+    EXPECT_TRUE(view->paint());
+}
+
+TEST_F(render_view_test, sizes_and_resize)
+{
+    view = manager->create();
+    EXPECT_FALSE(view->resize(100, 100)) << "nothing to resize before initialize";
+    EXPECT_FALSE(view->initialize(nullptr, 0, 240, scene));
+    EXPECT_FALSE(view->initialize(nullptr, 100000, 100000, scene));
+    ASSERT_TRUE(view->initialize(nullptr, view_w, view_h, scene));
+    EXPECT_FALSE(view->resize(0, 10));
+    EXPECT_TRUE(view->resize(160, 100));
+    EXPECT_EQ(view->get_camera()->get_width(), 160);
+    EXPECT_EQ(view->get_camera()->get_height(), 100);
+    rgba_image none;
+    EXPECT_FALSE(view->capture(none)) << "nothing presented since the resize";
+    ASSERT_TRUE(view->paint());
+    EXPECT_EQ(frame(view.get()).size(), std::size_t(160) * 100);
+}
+} // namespace
