@@ -12,6 +12,7 @@
 #include <ixocore/app/document.h>
 #include <ixocore/core/string.h>
 #include <ixocore/math/plane.h>
+#include <ixocore/mesh/scene_indexed_mesh.h>
 #include <ixocore/render/camera_view.h>
 #include <ixocore/render/light.h>
 #include <ixocore/render/render_view.h>
@@ -94,6 +95,8 @@ ixo_object_ptr<ixo_scene_object> build(const object_spec& s)
         o = ixo_scene_axis::create();
     else if (s.type == "coordinate_system")
         o = ixo_scene_coordinate_system::create();
+    else if (s.type == "mesh")
+        o = ixo_scene_indexed_mesh::create(s.mesh);
     else
         o = ixo_scene_object::create();
 

@@ -1,7 +1,11 @@
 #include "scene_file.h"
 
+#include <ixocore/core/string.h>
+#include <ixocore/mesh/indexed_mesh.h>
+
 #include <nlohmann/json.hpp>
 
+#include <cctype>
 #include <cmath>
 #include <fstream>
 #include <initializer_list>
@@ -297,7 +301,57 @@ float read_size(const json& j, const std::string& where)
     return v;
 }
 
-object_spec read_object(const json& j, const std::string& where, int depth)
+std::string lower_extension(const std::string& path)
+{
+    std::string ext = std::filesystem::path(path).extension().string();
+    for (char& c : ext)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return ext;
+}
+
+// The mesh of a "mesh" object: STL or PLY whole, VRML one section or all of them.
+ixo_object_ptr<ixo_indexed_mesh> read_mesh(const json& j, const std::string& where,
+                                           const std::filesystem::path& folder)
+{
+    if (!j.contains("file"))
+        fail(where, "a mesh needs \"file\"");
+    std::string const w = child(where, "file");
+    std::string const path = read_file_path(j["file"], w, folder);
+    std::string const ext = lower_extension(path);
+    bool const vrml = ext == ".wrl" || ext == ".vrml";
+    if (!vrml && ext != ".stl" && ext != ".ply")
+        fail(w, "expected a .stl, .ply, .wrl or .vrml file: " + path);
+    if (!vrml && (j.contains("section") || j.contains("flip_normals")))
+        fail(where, "\"section\" and \"flip_normals\" are for VRML files only");
+    ixo_string const name(path.c_str());
+    ixo_object_ptr<ixo_indexed_mesh> mesh;
+    if (!vrml)
+        mesh = ixo_indexed_mesh::read_from_file(name);
+    else if (j.contains("section"))
+    {
+        std::string const ws = child(where, "section");
+        int const sections = ixo_indexed_mesh::calculate_meshes_in_vrml_file(name);
+        int const section = read_int(j["section"], ws, 0, 1 << 20);
+        if (section >= sections)
+            fail(ws, "the file has " + std::to_string(sections) + " section" +
+                         (sections == 1 ? "" : "s") + " (numbered from 0): " + path);
+        mesh = ixo_indexed_mesh::read_from_vrml_file(name, section);
+    }
+    else
+    {
+        bool const flip = j.contains("flip_normals") &&
+                          read_bool(j["flip_normals"], child(where, "flip_normals"));
+        mesh = ixo_indexed_mesh::read_all_meshes_from_vrml_file(name, flip);
+    }
+    if (!mesh || mesh->get_num_indices() == 0)
+        fail(w, "cannot read a mesh from " + path);
+    if (j.contains("optimize") && read_bool(j["optimize"], child(where, "optimize")))
+        mesh->optimize_buffers();
+    return mesh;
+}
+
+object_spec read_object(const json& j, const std::string& where, int depth,
+                        const std::filesystem::path& folder)
 {
     if (depth > max_depth)
         fail(where, "objects nest deeper than " + std::to_string(max_depth) + " levels");
@@ -370,6 +424,11 @@ object_spec read_object(const json& j, const std::string& where, int depth)
                 ixo_box2<float>(ixo_vector2<float>(v[0], v[1]), ixo_vector2<float>(v[2], v[3]));
         }
     }
+    else if (o.type == "mesh")
+    {
+        allow({"file", "section", "flip_normals", "optimize"});
+        o.mesh = read_mesh(j, where, folder);
+    }
     else if (o.type == "cone" || o.type == "sphere" || o.type == "axis" ||
              o.type == "coordinate_system" || o.type == "group")
     {
@@ -380,7 +439,7 @@ object_spec read_object(const json& j, const std::string& where, int depth)
         fail(child(where, "type"),
              "unknown object type \"" + o.type +
                  "\" (expected box, cylinder, cone, sphere, plane, rectangle, axis, "
-                 "coordinate_system or group)");
+                 "coordinate_system, mesh or group)");
     }
 
     if (j.contains("color"))
@@ -411,7 +470,7 @@ object_spec read_object(const json& j, const std::string& where, int depth)
         std::string const w = child(where, "children");
         const json& c = expect_array(j["children"], w);
         for (std::size_t i = 0; i < c.size(); ++i)
-            o.children.push_back(read_object(c[i], child(w, i), depth + 1));
+            o.children.push_back(read_object(c[i], child(w, i), depth + 1, folder));
     }
     return o;
 }
@@ -574,7 +633,7 @@ scene_spec read_scene_file(const std::filesystem::path& path)
     {
         const json& o = expect_array(doc["objects"], "/objects");
         for (std::size_t i = 0; i < o.size(); ++i)
-            s.objects.push_back(read_object(o[i], child("/objects", i), 1));
+            s.objects.push_back(read_object(o[i], child("/objects", i), 1, folder));
     }
     return s;
 }
@@ -618,7 +677,8 @@ LIGHT:
 
 OBJECT:
   "type"                     box, cylinder, cone, sphere, plane, rectangle, axis,
-                             coordinate_system or group (an empty node for children)
+                             coordinate_system, mesh or group (an empty node for
+                             children)
   "color"                    (196, 196, 196, 255); axis and coordinate-system parts
                              take their parent's colour
   "transform": {             translate * rotate * scale, or a whole matrix
@@ -648,6 +708,12 @@ OBJECT:
                              pixels
   axis                       an arrow from the origin to (0, 0, 1)
   coordinate_system          red x, green y and blue z arrows around a grey ball
+  mesh                       "file": a .stl (ASCII or binary), .ply (ASCII or binary),
+                             .wrl or .vrml (VRML 1.0) triangle mesh, required;
+                             "section": the VRML section to show, from 0 (all of
+                             them); "flip_normals": turn VRML normals that point away
+                             from their face (false); "optimize": reorder vertices
+                             and triangles for the vertex cache (false)
 
 Example:
   {"view": {"width": 320, "height": 240, "camera": {"view": "isometric"}},

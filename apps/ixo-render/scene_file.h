@@ -4,6 +4,7 @@
 // ranges, referenced files) before anything is built, and reports the first problem with
 // its place in the file as a JSON pointer ("/objects/2/color").
 
+#include <ixocore/core/object_ptr.h>
 #include <ixocore/math/box.h>
 #include <ixocore/math/matrix.h>
 #include <ixocore/math/vector.h>
@@ -14,6 +15,8 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+class ixo_indexed_mesh;
 
 namespace ixo_render_app
 {
@@ -69,6 +72,9 @@ struct object_spec
     ixo_vector3<float> root{0, 0, 0};
     ixo_vector3<float> normal{0, 0, 1};
     bool occupy_space = false;
+    // Mesh: read (and optimised when asked) while the file is checked, so a mesh file
+    // that cannot be read is reported like any other problem in the scene.
+    ixo_object_ptr<ixo_indexed_mesh> mesh;
     // Rectangle in view pixels.
     ixo_box2<float> rectangle;
     ixo_matrix44<float> transform = ixo_identity_transform();

@@ -4,7 +4,8 @@ ring) in each format ixocore reads.
 
     examples/mesh/make_mesh_example.py [OUTPUT_DIR] [--segments N]
 
-Files written (nothing large is kept in the repository; run this to make them):
+Files written (the sample scene ../mesh.json uses torus.ply, torus_binary.stl and
+torus.wrl, kept in the repository at --segments 24):
     torus_binary.stl   binary STL (facet normals from the geometry)
     torus_ascii.stl    ASCII STL
     torus.ply          binary little-endian PLY with quad faces (read as triangle fans)
