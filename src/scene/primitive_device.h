@@ -40,4 +40,39 @@ template <typename F> void draw_with_shadows(const ixo_scene_draw_data& d, F&& d
     fx->EndPass();
     fx->End();
 }
+
+// A class-wide mesh whose own reference count is the number of objects holding it: the
+// first holder creates it with `make(device, &mesh)`, every later one adds a reference.
+// An object holds at most one reference (`holds`), so one made while there was no device
+// never gives back a reference it did not take.
+template <typename Make> void acquire_shared_mesh(ID3DXMesh*& mesh, bool& holds, Make&& make)
+{
+    if (holds)
+        return;
+    if (mesh)
+    {
+        mesh->AddRef();
+        holds = true;
+        return;
+    }
+    IDirect3DDevice9* dev = device();
+    if (!dev)
+        return;
+    if (FAILED(make(dev, &mesh)))
+    {
+        mesh = nullptr;
+        return;
+    }
+    holds = true;
+}
+
+// Gives back the holder's reference; the mesh goes with the last one.
+inline void release_shared_mesh(ID3DXMesh*& mesh, bool& holds)
+{
+    if (!holds)
+        return;
+    holds = false;
+    if (mesh && mesh->Release() == 0)
+        mesh = nullptr;
+}
 } // namespace ixo_primitive

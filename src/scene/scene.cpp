@@ -223,35 +223,7 @@ bool ixo_scene::draw_normal(ixo_scene_draw_data& d)
 
     // A failed pass ends the device scene all the same, so the device is never left inside
     // one.
-    bool ok = true;
-    for (const auto& light : lights_)
-        if (!light->draw(&d))
-        {
-            ok = false;
-            break;
-        }
-
-    if (ok)
-    {
-        d.set_background(true);
-        d.set_transparent(false);
-        ok = root_->draw(d);
-    }
-    if (ok)
-        ok = SUCCEEDED(device->Clear(0, nullptr, D3DCLEAR_ZBUFFER, 0, 1.0f, 0));
-    if (ok)
-    {
-        d.set_background(false);
-        d.set_foreground(true);
-        d.set_transparent(false);
-        ok = root_->draw(d);
-    }
-    if (ok)
-    {
-        d.set_transparent(true);
-        ok = root_->draw(d);
-    }
-    d.set_foreground(false);
+    bool const ok = draw_passes(d, true);
     bool const ended = SUCCEEDED(device->EndScene());
     return ok && ended;
 }
@@ -282,6 +254,14 @@ bool ixo_scene::draw_mapping(ixo_scene_draw_data& d)
     if (effect)
         effect->SetTechnique("MainTechnique");
 
+    // No transparent pass: transparent objects cannot be picked.
+    bool const ok = draw_passes(d, false);
+    bool const ended = SUCCEEDED(device->EndScene());
+    return ok && ended;
+}
+
+bool ixo_scene::draw_passes(ixo_scene_draw_data& d, bool transparent_pass)
+{
     bool ok = true;
     for (const auto& light : lights_)
         if (!light->draw(&d))
@@ -289,7 +269,6 @@ bool ixo_scene::draw_mapping(ixo_scene_draw_data& d)
             ok = false;
             break;
         }
-
     if (ok)
     {
         d.set_background(true);
@@ -297,8 +276,10 @@ bool ixo_scene::draw_mapping(ixo_scene_draw_data& d)
         ok = root_->draw(d);
     }
     if (ok)
-        ok = SUCCEEDED(device->Clear(0, nullptr, D3DCLEAR_ZBUFFER, 0, 1.0f, 0));
-    // No transparent pass: transparent objects cannot be picked.
+    {
+        IDirect3DDevice9* const device = current_device();
+        ok = device && SUCCEEDED(device->Clear(0, nullptr, D3DCLEAR_ZBUFFER, 0, 1.0f, 0));
+    }
     if (ok)
     {
         d.set_background(false);
@@ -306,9 +287,13 @@ bool ixo_scene::draw_mapping(ixo_scene_draw_data& d)
         d.set_transparent(false);
         ok = root_->draw(d);
     }
+    if (ok && transparent_pass)
+    {
+        d.set_transparent(true);
+        ok = root_->draw(d);
+    }
     d.set_foreground(false);
-    bool const ended = SUCCEEDED(device->EndScene());
-    return ok && ended;
+    return ok;
 }
 
 bool ixo_scene::map_shadows(ixo_scene_draw_data& d)

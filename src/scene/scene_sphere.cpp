@@ -34,37 +34,17 @@ ixo_scene_sphere::~ixo_scene_sphere()
     release_mesh();
 }
 
-// The mesh's own count is the number of holders: the first one creates it, every later
-// one adds a reference. A sphere holds at most one reference, so that one made while there
-// was no device never gives back a reference it did not take.
 void ixo_scene_sphere::acquire_mesh()
 {
-    if (holds_mesh_)
-        return;
-    if (m_mesh)
-    {
-        m_mesh->AddRef();
-        holds_mesh_ = true;
-        return;
-    }
-    IDirect3DDevice9* device = ixo_primitive::device();
-    if (!device)
-        return;
-    if (FAILED(D3DXCreateSphere(device, 1.0f, 72, 36, &m_mesh, nullptr)))
-    {
-        m_mesh = nullptr;
-        return;
-    }
-    holds_mesh_ = true;
+    ixo_primitive::acquire_shared_mesh(
+        m_mesh, holds_mesh_,
+        [](IDirect3DDevice9* device, ID3DXMesh** out)
+        { return D3DXCreateSphere(device, 1.0f, 72, 36, out, nullptr); });
 }
 
 void ixo_scene_sphere::release_mesh()
 {
-    if (!holds_mesh_)
-        return;
-    holds_mesh_ = false;
-    if (m_mesh && m_mesh->Release() == 0)
-        m_mesh = nullptr;
+    ixo_primitive::release_shared_mesh(m_mesh, holds_mesh_);
 }
 
 ixo_box3<float> ixo_scene_sphere::get_object_bounds() const

@@ -65,6 +65,10 @@ private:
     virtual bool draw_normal(ixo_scene_draw_data& d);
     virtual bool draw_mapping(ixo_scene_draw_data& d);
     virtual bool map_shadows(ixo_scene_draw_data& d);
+    // Inside a device scene: the lights, the background objects, a fresh depth buffer, the
+    // opaque foreground objects and, with `transparent_pass`, the transparent ones. Stops at
+    // the first failure; always leaves the foreground flag off.
+    bool draw_passes(ixo_scene_draw_data& d, bool transparent_pass);
 
     ixo_object_ptr<ixo_scene_object> root_;
     std::vector<ixo_object_ptr<ixo_light>> lights_;
