@@ -1,11 +1,12 @@
 // Mesh file reading: ixocore's readers against Assimp (identical-vertex joining on) and
 // against reading the file's bytes, on generated files of one mesh in four formats.
 //
-//   ixo_mesh_read_bench [facets] [repetitions]      (defaults 1000000 and 3)
+//   ixo_mesh_read_bench [--facets=N] [benchmark flags]      (N defaults to 1000000)
 //
-// Every measurement runs in a child process of its own so that its peak resident memory
-// can be reported; the time is the best of the repetitions. Without Assimp at build time
-// its columns stay empty.
+// Each benchmark reads one file with one reader; its "peak_MiB" counter is the peak
+// resident memory of a child process that does one read and nothing else. After the runs
+// a table gives the time and memory ratios, Assimp / ixocore and ixocore / bytes. Without
+// Assimp at build time its benchmarks are left out.
 
 #include <ixocore/mesh/indexed_mesh.h>
 
@@ -15,17 +16,17 @@
 #include <assimp/scene.h>
 #endif
 
+#include <benchmark/benchmark.h>
+
 #include <algorithm>
 #include <charconv>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <functional>
+#include <map>
 #include <string>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -199,52 +200,50 @@ void write_ply(grid const& g, std::string const& path, bool ascii)
     }
 }
 
-struct result
-{
-    double seconds = -1;
-    long peak_kib = 0;
-    long vertices = 0;
-    long triangles = 0;
-};
+using reader = bool (*)(std::string const& path, long& vertices, long& triangles);
 
-// Runs `job` `repetitions` times in a child process; the best time, the child's peak
-// resident memory and the mesh size the job reported.
-result measure(std::function<bool(long&, long&)> const& job, int repetitions)
+// Peak resident memory (KiB) of a fresh process (this program again, see main) that does
+// one read and nothing else: 0 when it fails. The child reports its own high-water mark
+// (VmHWM), which starts afresh with the new program; the rusage figure would not, as it
+// carries the parent's mark across fork and exec.
+long peak_memory_kib(const char* reader_name, std::string const& path)
 {
     int fds[2];
     if (pipe(fds) != 0)
-        return {};
+        return 0;
     pid_t pid = fork();
     if (pid == 0)
     {
         close(fds[0]);
-        result r;
-        for (int i = 0; i < repetitions; ++i)
-        {
-            auto t0 = std::chrono::steady_clock::now();
-            bool ok = job(r.vertices, r.triangles);
-            double s = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-            if (!ok)
-            {
-                r.seconds = -1;
-                break;
-            }
-            if (r.seconds < 0 || s < r.seconds)
-                r.seconds = s;
-        }
-        ssize_t n = write(fds[1], &r, sizeof r);
-        _exit(n == ssize_t(sizeof r) ? 0 : 1);
+        dup2(fds[1], STDOUT_FILENO);
+        execl("/proc/self/exe", "ixo_mesh_read_bench", "--read-once", reader_name, path.c_str(),
+              static_cast<char*>(nullptr));
+        _exit(127);
     }
     close(fds[1]);
-    result r;
-    if (read(fds[0], &r, sizeof r) != ssize_t(sizeof r))
-        r.seconds = -1;
+    char text[64] = {};
+    ssize_t const n = pid < 0 ? -1 : read(fds[0], text, sizeof text - 1);
     close(fds[0]);
     int status = 0;
-    struct rusage usage;
-    wait4(pid, &status, 0, &usage);
-    r.peak_kib = usage.ru_maxrss;
-    return r;
+    if (pid < 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status) ||
+        WEXITSTATUS(status) != 0 || n <= 0)
+        return 0;
+    return std::atol(text);
+}
+
+// This process's peak resident memory in KiB, from /proc/self/status.
+long own_peak_kib()
+{
+    FILE* f = std::fopen("/proc/self/status", "r");
+    if (!f)
+        return 0;
+    char line[256];
+    long kib = 0;
+    while (std::fgets(line, sizeof line, f))
+        if (std::strncmp(line, "VmHWM:", 6) == 0)
+            kib = std::atol(line + 6);
+    std::fclose(f);
+    return kib;
 }
 
 bool read_bytes(std::string const& path, long& vertices, long& triangles)
@@ -292,74 +291,172 @@ bool read_assimp([[maybe_unused]] std::string const& path, [[maybe_unused]] long
 #endif
 }
 
+struct format
+{
+    const char* name;
+    std::string path;
+};
+
+struct expected_mesh
+{
+    long vertices = 0, triangles = 0;
+};
+
+struct named_reader
+{
+    const char* name;
+    reader read;
+};
+
+const named_reader readers[] = {
+    {"bytes", read_bytes},
+    {"ixocore", read_ixo},
+#if defined(IXO_HAVE_ASSIMP)
+    {"assimp", read_assimp},
+#endif
+};
+
+void bm_read(benchmark::State& state, format const& f, named_reader r, expected_mesh want)
+{
+    reader const read = r.read;
+    long const peak = peak_memory_kib(r.name, f.path);
+    long vertices = 0, triangles = 0;
+    for (auto _ : state)
+        if (!read(f.path, vertices, triangles))
+        {
+            state.SkipWithError("the reader failed");
+            return;
+        }
+    // Assimp may join fewer or more vertices; ixocore must give the grid exactly.
+    if (want.vertices && (vertices != want.vertices || triangles != want.triangles))
+    {
+        state.SkipWithError("the mesh read has the wrong size");
+        return;
+    }
+    auto const bytes = std::filesystem::file_size(f.path);
+    state.SetBytesProcessed(std::int64_t(bytes) * state.iterations());
+    state.counters["peak_MiB"] = double(peak) / 1024.0;
+    state.counters["vertices"] = double(vertices);
+}
+
+// The console output, then one line per format with the ratios of its readers' times and
+// peak memory.
+class ratio_reporter : public benchmark::ConsoleReporter
+{
+public:
+    explicit ratio_reporter(std::vector<format> const& formats) : formats_(formats) {}
+
+    void ReportRuns(const std::vector<Run>& runs) override
+    {
+        for (const Run& r : runs)
+            if (!r.error_occurred && r.run_type == Run::RT_Iteration)
+            {
+                auto peak = r.counters.find("peak_MiB");
+                results_[r.run_name.function_name] = {
+                    r.GetAdjustedRealTime(), peak == r.counters.end() ? 0.0 : double(peak->second)};
+            }
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    void Finalize() override
+    {
+        ConsoleReporter::Finalize();
+        std::printf("\n%-11s | %11s %11s | %10s %10s %10s\n", "format", "assimp/ixo", "ixo/bytes",
+                    "ixo MiB", "assimp MiB", "bytes MiB");
+        for (format const& f : formats_)
+        {
+            auto find = [&](const char* reader) -> const std::pair<double, double>*
+            {
+                auto it = results_.find(std::string("read/") + f.name + "/" + reader);
+                return it == results_.end() ? nullptr : &it->second;
+            };
+            auto const *ixo = find("ixocore"), *assimp = find("assimp"), *bytes = find("bytes");
+            if (!ixo)
+                continue;
+            auto cell = [](double v) { return v < 0 ? std::string("-") : std::to_string(v); };
+            std::printf("%-11s | %11.7s %11.7s | %10.1f %10.7s %10.7s\n", f.name,
+                        cell(assimp ? assimp->first / ixo->first : -1).c_str(),
+                        cell(bytes ? ixo->first / bytes->first : -1).c_str(), ixo->second,
+                        cell(assimp ? assimp->second : -1).c_str(),
+                        cell(bytes ? bytes->second : -1).c_str());
+        }
+    }
+
+private:
+    std::vector<format> const& formats_;
+    std::map<std::string, std::pair<double, double>> results_; // time, peak MiB
+};
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    long facets = argc > 1 ? std::atol(argv[1]) : 1000000;
-    int repetitions = argc > 2 ? std::atoi(argv[2]) : 3;
-    if (facets < 2 || repetitions < 1)
+    // One read for peak_memory_kib: --read-once READER PATH.
+    if (argc == 4 && std::strcmp(argv[1], "--read-once") == 0)
     {
-        std::fprintf(stderr, "usage: %s [facets >= 2] [repetitions >= 1]\n", argv[0]);
+        for (named_reader const& r : readers)
+            if (std::strcmp(r.name, argv[2]) == 0)
+            {
+                long v = 0, t = 0;
+                if (!r.read(argv[3], v, t))
+                    return 1;
+                std::printf("%ld\n", own_peak_kib());
+                return 0;
+            }
+        return 1;
+    }
+    benchmark::Initialize(&argc, argv);
+    long facets = 1000000;
+    for (int i = 1; i < argc; ++i)
+    {
+        if (std::strncmp(argv[i], "--facets=", 9) == 0)
+            facets = std::atol(argv[i] + 9);
+        else
+        {
+            std::fprintf(stderr, "%s: unknown argument %s\n", argv[0], argv[i]);
+            return 2;
+        }
+    }
+    if (facets < 2)
+    {
+        std::fprintf(stderr, "%s: --facets must be at least 2\n", argv[0]);
         return 2;
     }
     auto dir = std::filesystem::temp_directory_path() /
                ("ixo_mesh_read_bench_" + std::to_string(getpid()));
     std::filesystem::create_directories(dir);
 
-    grid g(facets);
-    struct format
-    {
-        const char* name;
-        std::string path;
-    };
     std::vector<format> formats = {
-        {"binary STL", (dir / "grid_binary.stl").string()},
-        {"ASCII STL", (dir / "grid_ascii.stl").string()},
-        {"binary PLY", (dir / "grid_binary.ply").string()},
-        {"ascii PLY", (dir / "grid_ascii.ply").string()},
+        {"binary_STL", (dir / "grid_binary.stl").string()},
+        {"ASCII_STL", (dir / "grid_ascii.stl").string()},
+        {"binary_PLY", (dir / "grid_binary.ply").string()},
+        {"ascii_PLY", (dir / "grid_ascii.ply").string()},
     };
-    write_stl_binary(g, formats[0].path);
-    write_stl_ascii(g, formats[1].path);
-    write_ply(g, formats[2].path, false);
-    write_ply(g, formats[3].path, true);
+    expected_mesh want;
+    {
+        // The grid goes before anything is measured, so the children do not carry it.
+        grid g(facets);
+        write_stl_binary(g, formats[0].path);
+        write_stl_ascii(g, formats[1].path);
+        write_ply(g, formats[2].path, false);
+        write_ply(g, formats[3].path, true);
+        want = {long(g.points.size()), g.facet_count()};
+        std::printf("%ld facets, %ld distinct vertices\n", want.triangles, want.vertices);
+    }
 
-    std::printf("%ld facets, %zu distinct vertices, best of %d\n\n", g.facet_count(),
-                g.points.size(), repetitions);
-    std::printf("%-11s %9s | %9s %9s %9s | %9s %9s | %9s %9s %9s\n", "format", "file MiB",
-                "bytes s", "ixo s", "assimp s", "ixo/bytes", "assimp/ixo", "ixo MiB", "assimp MiB",
-                "bytes MiB");
-    int status = 0;
     for (format const& f : formats)
     {
-        auto path = f.path;
-        double mib = double(std::filesystem::file_size(path)) / (1 << 20);
-        result bytes =
-            measure([&](long& v, long& t) { return read_bytes(path, v, t); }, repetitions);
-        result ixo = measure([&](long& v, long& t) { return read_ixo(path, v, t); }, repetitions);
-        result assimp =
-            measure([&](long& v, long& t) { return read_assimp(path, v, t); }, repetitions);
-        if (ixo.seconds < 0 || ixo.vertices != long(g.points.size()) ||
-            ixo.triangles != g.facet_count())
-        {
-            std::printf("%-11s ixocore read failed or gave %ld vertices, %ld triangles\n", f.name,
-                        ixo.vertices, ixo.triangles);
-            status = 1;
-            continue;
-        }
-        auto cell = [](double v)
-        { return v < 0 ? std::string("-") : std::to_string(v).substr(0, 7); };
-        std::printf("%-11s %9.1f | %9.4f %9.4f %9s | %9.2f %9s | %9.1f %9s %9.1f\n", f.name, mib,
-                    bytes.seconds, ixo.seconds, cell(assimp.seconds).c_str(),
-                    ixo.seconds / bytes.seconds,
-                    assimp.seconds < 0 ? "-" : cell(assimp.seconds / ixo.seconds).c_str(),
-                    ixo.peak_kib / 1024.0,
-                    assimp.seconds < 0 ? "-" : cell(assimp.peak_kib / 1024.0).c_str(),
-                    bytes.peak_kib / 1024.0);
-        if (assimp.seconds >= 0 && assimp.vertices != ixo.vertices)
-            std::printf("%-11s   (assimp joined to %ld vertices)\n", "", assimp.vertices);
+        for (named_reader const& r : readers)
+            benchmark::RegisterBenchmark((std::string("read/") + f.name + "/" + r.name).c_str(),
+                                         bm_read, f, r, r.read == read_ixo ? want : expected_mesh{})
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
     }
+
+    ratio_reporter reporter(formats);
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
     std::error_code ec;
     std::filesystem::remove_all(dir, ec);
-    return status;
+    return 0;
 }
