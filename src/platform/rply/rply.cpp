@@ -567,6 +567,10 @@ int ply_read(p_ply ply)
     for (auto& e : ply->elements)
     {
         arg.element = e.get();
+        // An element without properties holds no data and gives no callbacks; walking its
+        // instances would only spin through whatever count the header claims.
+        if (e->properties.empty())
+            continue;
         for (long i = 0; i < e->ninstances; ++i)
         {
             arg.instance_index = i;

@@ -288,3 +288,22 @@ TEST(Rply, FailuresAreReported)
     EXPECT_EQ(ply_read(nullptr), 0);
     EXPECT_EQ(ply_read_header(nullptr), 0);
 }
+
+// An element without properties holds no data, whatever count the header gives it: the
+// read must not walk its instances (a count near 2^63 would never finish) and must go on
+// to the elements after it.
+TEST(Rply, ElementWithoutPropertiesIsPassedOver)
+{
+    std::string const text = "ply\nformat ascii 1.0\nelement empty 8198552921648689606\n"
+                             "element v 2\nproperty uchar x\nend_header\n7 9\n";
+    p_ply ply = ply_open(write_file("empty.ply", text).c_str(), keep_message, 0, nullptr);
+    ASSERT_NE(ply, nullptr);
+    ASSERT_EQ(ply_read_header(ply), 1);
+    std::vector<call> calls;
+    EXPECT_EQ(ply_set_read_cb(ply, "v", "x", record, &calls, 0), 2);
+    EXPECT_EQ(ply_read(ply), 1);
+    ply_close(ply);
+    ASSERT_EQ(calls.size(), 2u);
+    EXPECT_EQ(calls[0].value, 7);
+    EXPECT_EQ(calls[1].value, 9);
+}
