@@ -68,7 +68,7 @@ void set_cast_shadow(const ixo_object_ptr<ixo_scene_object>& o, bool on)
         set_cast_shadow(o->get_child(i), on);
 }
 
-ixo_object_ptr<ixo_scene_object> build(const object_spec& s)
+ixo_object_ptr<ixo_scene_object> build(const object_desc& s)
 {
     ixo_object_ptr<ixo_scene_object> o;
     if (s.type == "box")
@@ -151,7 +151,7 @@ void apply_standard_view(ixo_camera_view& camera, const std::string& view)
         }
 }
 
-void apply_camera(ixo_camera_view& camera, const camera_spec& c, ixo_scene& scene)
+void apply_camera(ixo_camera_view& camera, const camera_desc& c, ixo_scene& scene)
 {
     camera.use_perspective(c.perspective);
     if (!c.view.empty())
@@ -174,7 +174,7 @@ void apply_camera(ixo_camera_view& camera, const camera_spec& c, ixo_scene& scen
         camera.set_fov(*c.fov);
 }
 
-int render(const scene_spec& spec, const std::string& scene_name, const std::string& output)
+int render(const scene_desc& described, const std::string& scene_name, const std::string& output)
 {
     // A document's scene, so that a device reset reaches it through the application.
     ixo_object_ptr<ixo_document> document = ixo_application::instance()->create_document();
@@ -184,14 +184,14 @@ int render(const scene_spec& spec, const std::string& scene_name, const std::str
         std::fprintf(stderr, "ixo-render: cannot create a document\n");
         return 2;
     }
-    for (auto const& o : spec.objects)
+    for (auto const& o : described.objects)
         scene->get_root()->add_child(build(o));
     scene->reset_cached_bounds();
 
     std::vector<ixo_object_ptr<ixo_light>> lights;
-    for (std::size_t i = 0; i < spec.lights.size(); ++i)
+    for (std::size_t i = 0; i < described.lights.size(); ++i)
     {
-        light_spec const& l = spec.lights[i];
+        light_desc const& l = described.lights[i];
         auto light = ixo_light::create(int(i) + 1);
         light->set_position(l.position[0], l.position[1], l.position[2]);
         if (l.diffuse)
@@ -216,10 +216,11 @@ int render(const scene_spec& spec, const std::string& scene_name, const std::str
         return 2;
     }
     int status = 0;
-    for (std::size_t i = 0; i < spec.views.size() && status == 0; ++i)
+    for (std::size_t i = 0; i < described.views.size() && status == 0; ++i)
     {
-        view_spec const& v = spec.views[i];
-        std::string const where = spec.views.size() > 1 ? "/views/" + std::to_string(i) : "/view";
+        view_desc const& v = described.views[i];
+        std::string const where =
+            described.views.size() > 1 ? "/views/" + std::to_string(i) : "/view";
         ixo_object_ptr<ixo_render_view> view = manager->create();
         if (!view || !view->initialize(nullptr, unsigned(v.width), unsigned(v.height), scene))
         {
@@ -301,10 +302,10 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    scene_spec spec;
+    scene_desc described;
     try
     {
-        spec = read_scene_file(input);
+        described = read_scene_file(input);
     }
     catch (const scene_error& e)
     {
@@ -326,7 +327,7 @@ int main(int argc, char** argv)
     int status = 2;
     try
     {
-        status = render(spec, input, output);
+        status = render(described, input, output);
     }
     catch (const std::exception& e)
     {

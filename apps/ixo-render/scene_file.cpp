@@ -350,13 +350,13 @@ ixo_object_ptr<ixo_indexed_mesh> read_mesh(const json& j, const std::string& whe
     return mesh;
 }
 
-object_spec read_object(const json& j, const std::string& where, int depth,
+object_desc read_object(const json& j, const std::string& where, int depth,
                         const std::filesystem::path& folder)
 {
     if (depth > max_depth)
         fail(where, "objects nest deeper than " + std::to_string(max_depth) + " levels");
     expect_object(j, where);
-    object_spec o;
+    object_desc o;
     o.where = where;
     if (!j.contains("type"))
         fail(where, "missing \"type\"");
@@ -475,11 +475,11 @@ object_spec read_object(const json& j, const std::string& where, int depth,
     return o;
 }
 
-camera_spec read_camera(const json& j, const std::string& where)
+camera_desc read_camera(const json& j, const std::string& where)
 {
     expect_object(j, where);
     check_keys(j, where, {"projection", "view", "eye", "focus", "up", "fov", "view_all"});
-    camera_spec c;
+    camera_desc c;
     if (j.contains("projection"))
     {
         std::string const p = read_string(j["projection"], child(where, "projection"));
@@ -516,12 +516,12 @@ camera_spec read_camera(const json& j, const std::string& where)
     return c;
 }
 
-view_spec read_view(const json& j, const std::string& where, const std::filesystem::path& folder)
+view_desc read_view(const json& j, const std::string& where, const std::filesystem::path& folder)
 {
     expect_object(j, where);
     check_keys(j, where,
                {"width", "height", "background", "background_picture", "shadows", "camera"});
-    view_spec v;
+    view_desc v;
     if (j.contains("width"))
         v.width = read_int(j["width"], child(where, "width"), 1, max_view_size);
     if (j.contains("height"))
@@ -543,11 +543,11 @@ view_spec read_view(const json& j, const std::string& where, const std::filesyst
     return v;
 }
 
-light_spec read_light(const json& j, const std::string& where)
+light_desc read_light(const json& j, const std::string& where)
 {
     expect_object(j, where);
     check_keys(j, where, {"position", "diffuse", "ambient", "specular"});
-    light_spec l;
+    light_desc l;
     if (!j.contains("position"))
         fail(where, "missing \"position\"");
     l.position = read_vec3(j["position"], child(where, "position"));
@@ -580,7 +580,7 @@ const std::vector<std::string>& property_names()
     return names;
 }
 
-scene_spec read_scene_file(const std::filesystem::path& path)
+scene_desc read_scene_file(const std::filesystem::path& path)
 {
     std::error_code ec;
     if (!std::filesystem::is_regular_file(path, ec))
@@ -604,7 +604,7 @@ scene_spec read_scene_file(const std::filesystem::path& path)
     std::filesystem::path const folder = std::filesystem::absolute(path, ec).parent_path();
     expect_object(doc, "");
     check_keys(doc, "", {"view", "views", "lights", "objects"});
-    scene_spec s;
+    scene_desc s;
     if (doc.contains("view") && doc.contains("views"))
         fail("", "give either \"view\" or \"views\", not both");
     if (doc.contains("view"))

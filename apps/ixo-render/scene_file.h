@@ -34,7 +34,7 @@ private:
     std::string where_;
 };
 
-struct camera_spec
+struct camera_desc
 {
     bool perspective = true;
     // One of the six axis views or "isometric"; empty keeps the camera's own direction.
@@ -44,7 +44,7 @@ struct camera_spec
     bool view_all = true;
 };
 
-struct view_spec
+struct view_desc
 {
     int width = 640;
     int height = 480;
@@ -52,16 +52,16 @@ struct view_spec
     // Absolute path of the background picture, empty for none.
     std::string picture;
     bool shadows = false;
-    camera_spec camera;
+    camera_desc camera;
 };
 
-struct light_spec
+struct light_desc
 {
     ixo_vector3<float> position{0, 0, 0};
     std::optional<ixo_vector3<float>> diffuse, ambient, specular;
 };
 
-struct object_spec
+struct object_desc
 {
     std::string where; // the object's JSON pointer, for messages while building
     std::string type;
@@ -81,19 +81,19 @@ struct object_spec
     std::optional<ixo_vector4<unsigned char>> color;
     // Property name (as in the scene-object property list) and value.
     std::map<std::string, bool> properties;
-    std::vector<object_spec> children;
+    std::vector<object_desc> children;
 };
 
-struct scene_spec
+struct scene_desc
 {
-    std::vector<view_spec> views;
-    std::vector<light_spec> lights;
-    std::vector<object_spec> objects;
+    std::vector<view_desc> views;
+    std::vector<light_desc> lights;
+    std::vector<object_desc> objects;
 };
 
 // Reads and checks the scene file at `path`. Relative paths inside it are resolved
 // against its folder. Throws scene_error.
-scene_spec read_scene_file(const std::filesystem::path& path);
+scene_desc read_scene_file(const std::filesystem::path& path);
 
 // The property names accepted in "properties", in the order of the property values.
 const std::vector<std::string>& property_names();

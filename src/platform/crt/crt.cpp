@@ -1,6 +1,6 @@
 // The C runtime's wide functions over ixo_wchar with the Microsoft runtime's behaviour.
 // Conversions go through the C library's locale-aware multibyte functions; formatting parses
-// each conversion specification itself and hands numbers to the narrow snprintf.
+// each % directive itself and hands numbers to the narrow snprintf.
 
 #include <ixocore/platform/crt.h>
 
@@ -214,7 +214,7 @@ enum class length_modifier
     i_ptr,
 };
 
-struct spec
+struct directive
 {
     bool left = false, plus = false, space = false, alternate = false, zero = false;
     int width = 0;
@@ -225,7 +225,7 @@ struct spec
 
 // Pads a text field of `n` units to the width: spaces before it, or zeros before it when
 // the 0 flag is given (the Microsoft runtime pads text with zeros too), or spaces after it.
-template <typename Body> void put_padded(sink& out, spec const& s, std::size_t n, Body body)
+template <typename Body> void put_padded(sink& out, directive const& s, std::size_t n, Body body)
 {
     std::size_t const pad = s.width > 0 && static_cast<std::size_t>(s.width) > n ? s.width - n : 0;
     if (!s.left)
@@ -235,7 +235,7 @@ template <typename Body> void put_padded(sink& out, spec const& s, std::size_t n
         out.put(u' ', pad);
 }
 
-void put_wide_text(sink& out, spec const& s, ixo_wchar const* text)
+void put_wide_text(sink& out, directive const& s, ixo_wchar const* text)
 {
     static constexpr ixo_wchar null_text[] = u"(null)";
     if (!text)
@@ -254,7 +254,7 @@ void put_wide_text(sink& out, spec const& s, ixo_wchar const* text)
 
 // Narrow text in a wide format is converted under the current locale; the precision counts
 // bytes of the narrow text. Text that does not convert produces an empty field.
-void put_narrow_text(sink& out, spec const& s, char const* text)
+void put_narrow_text(sink& out, directive const& s, char const* text)
 {
     if (!text)
         text = "(null)";
@@ -298,7 +298,7 @@ void put_narrow_text(sink& out, spec const& s, char const* text)
 // Formats one number with the narrow snprintf. `conv` is the narrow conversion with its
 // length modifier ("lld", "Lf", ...). Returns false when snprintf fails.
 template <typename T>
-bool put_number(sink& out, spec const& s, char const* conv, T value, int precision)
+bool put_number(sink& out, directive const& s, char const* conv, T value, int precision)
 {
     char fmt[32];
     char* f = fmt;
@@ -360,7 +360,7 @@ bool format_into(sink& out, ixo_wchar const* format, va_list args)
             out.put(*p++);
             continue;
         }
-        spec s;
+        directive s;
         for (;; ++p)
         {
             if (*p == u'-')
@@ -465,7 +465,7 @@ bool format_into(sink& out, ixo_wchar const* format, va_list args)
             else
             {
                 char const text[2] = {static_cast<char>(v), 0};
-                spec t = s;
+                directive t = s;
                 t.precision = -1;
                 if (text[0] == 0)
                     put_padded(out, s, 1, [&] { out.put(0); });
@@ -586,7 +586,7 @@ bool format_into(sink& out, ixo_wchar const* format, va_list args)
         case u'p':
         {
             // Pointers print as 2 * sizeof(void*) upper-case hexadecimal digits, no prefix.
-            spec t = s;
+            directive t = s;
             t.alternate = false;
             auto const v = reinterpret_cast<std::uintptr_t>(va_arg(args, void*));
             if (!put_number(out, t, "llX", static_cast<unsigned long long>(v),
