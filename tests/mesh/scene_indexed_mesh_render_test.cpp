@@ -4,6 +4,7 @@
 // exactly where its triangles are, and a mesh naming vertices it lacks draws nothing.
 
 #include "mesh/mesh_test_files.h"
+#include "render/render_target.h"
 
 #include <ixocore/app/application.h>
 #include <ixocore/app/document.h>
@@ -11,12 +12,12 @@
 #include <ixocore/mesh/doc_indexed_mesh.h>
 #include <ixocore/mesh/scene_indexed_mesh.h>
 #include <ixocore/platform/d3d9.h>
-#include <ixocore/platform/d3dx9.h>
-#include <ixocore/platform/d3dx9_effect.h>
 #include <ixocore/render/direct3d.h>
 #include <ixocore/render/scene_draw_data.h>
 #include <ixocore/scene/scene.h>
 #include <ixocore/scene/scene_object.h>
+
+#include <memory>
 
 using namespace mesh_test;
 
@@ -27,10 +28,7 @@ constexpr UINT H = 120;
 constexpr float px_per_unit = 20;
 constexpr D3DCOLOR background = D3DCOLOR_XRGB(10, 20, 30);
 
-struct pixel
-{
-    std::uint8_t b, g, r, a;
-};
+using ixo_test::pixel;
 
 UINT col(float x)
 {
@@ -68,84 +66,40 @@ protected:
         ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
         device = ixo_direct3d::get_device();
         ASSERT_NE(device, nullptr);
-        ASSERT_EQ(device->CreateRenderTarget(W, H, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE,
-                                             &target, nullptr),
-                  D3D_OK);
-        ASSERT_EQ(device->CreateDepthStencilSurface(W, H, D3DFMT_D24S8, D3DMULTISAMPLE_NONE, 0,
-                                                    TRUE, &depth, nullptr),
-                  D3D_OK);
-        ASSERT_EQ(device->CreateOffscreenPlainSurface(W, H, D3DFMT_A8R8G8B8, D3DPOOL_SYSTEMMEM,
-                                                      &readback, nullptr),
-                  D3D_OK);
+        target = std::make_unique<ixo_test::render_target>(device, W, H);
+        ASSERT_TRUE(target->ok());
         scene = ixo_scene::create();
     }
 
     void TearDown() override
     {
         scene = nullptr;
-        if (device)
-        {
-            IDirect3DSurface9* back = nullptr;
-            if (SUCCEEDED(device->GetBackBuffer(0, 0, D3DBACKBUFFER_TYPE_MONO, &back)))
-            {
-                device->SetRenderTarget(0, back);
-                back->Release();
-            }
-            device->SetDepthStencilSurface(nullptr);
-        }
-        for (IDirect3DSurface9** s : {&readback, &depth, &target})
-            if (*s)
-                (*s)->Release();
+        target.reset();
         ixo_application::end();
     }
 
+    // The picking pass or the normal passes of the scene, read back.
     std::vector<pixel> draw(bool mapping)
     {
-        device->SetRenderTarget(0, target);
-        device->SetDepthStencilSurface(depth);
-        D3DVIEWPORT9 vp{0, 0, W, H, 0.0f, 1.0f};
-        device->SetViewport(&vp);
-        device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, background, 1.0f, 0);
-        D3DXMATRIX view, projection;
-        D3DXVECTOR3 const eye(0, 0, 10), at(0, 0, 0), up(0, 1, 0);
-        D3DXMatrixLookAtRH(&view, &eye, &at, &up);
-        D3DXMatrixOrthoRH(&projection, W / px_per_unit, H / px_per_unit, 0.1f, 20.0f);
-        device->SetTransform(D3DTS_VIEW, &view);
-        device->SetTransform(D3DTS_PROJECTION, &projection);
-        if (ID3DXEffect* effect = ixo_direct3d::get_effect())
-        {
-            effect->SetMatrix("g_mView", &view);
-            effect->SetMatrix("g_mProj", &projection);
-        }
+        if (!target->bind(background))
+            return {};
+        ixo_test::look_along_minus_z(device, W / px_per_unit, H / px_per_unit);
         ixo_scene_draw_data d;
         d.set_mapping(mapping);
         d.set_foreground(true);
         EXPECT_TRUE(scene->draw(d));
-        std::vector<pixel> out;
-        D3DLOCKED_RECT lr{};
-        if (device->GetRenderTargetData(target, readback) != D3D_OK ||
-            readback->LockRect(&lr, nullptr, D3DLOCK_READONLY) != D3D_OK)
-            return out;
-        out.resize(std::size_t(W) * H);
-        for (UINT y = 0; y < H; ++y)
-            std::memcpy(&out[std::size_t(y) * W],
-                        static_cast<const std::uint8_t*>(lr.pBits) + y * lr.Pitch, W * 4);
-        readback->UnlockRect();
-        return out;
+        return target->read();
     }
 
     static unsigned long id_at(const std::vector<pixel>& img, UINT x, UINT y)
     {
         if (img.size() != std::size_t(W) * H)
             return ixo_invalid_object_id;
-        pixel const p = img[std::size_t(y) * W + x];
-        return ixo_id_from_color(ixo_vector4<unsigned char>(p.b, p.g, p.r, p.a));
+        return ixo_test::id_of(img[std::size_t(y) * W + x]);
     }
 
     IDirect3DDevice9* device = nullptr;
-    IDirect3DSurface9* target = nullptr;
-    IDirect3DSurface9* depth = nullptr;
-    IDirect3DSurface9* readback = nullptr;
+    std::unique_ptr<ixo_test::render_target> target;
     ixo_object_ptr<ixo_scene> scene;
 };
 

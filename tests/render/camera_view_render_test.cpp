@@ -1,6 +1,8 @@
 // Draws through a camera on the headless device and checks that what lands on the pixels
 // agrees with the camera's own arithmetic.
 
+#include "render/render_target.h"
+
 #include <ixocore/app/application.h>
 #include <ixocore/platform/d3d9.h>
 #include <ixocore/platform/d3dx9.h>
@@ -14,7 +16,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
+#include <memory>
 #include <vector>
 
 namespace
@@ -40,17 +42,8 @@ protected:
         ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
         device = ixo_direct3d::get_device();
         ASSERT_NE(device, nullptr);
-        ASSERT_EQ(device->CreateRenderTarget(W, H, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE,
-                                             &target, nullptr),
-                  D3D_OK);
-        ASSERT_EQ(device->CreateDepthStencilSurface(W, H, D3DFMT_D24S8, D3DMULTISAMPLE_NONE, 0,
-                                                    TRUE, &depth, nullptr),
-                  D3D_OK);
-        ASSERT_EQ(device->CreateOffscreenPlainSurface(W, H, D3DFMT_A8R8G8B8, D3DPOOL_SYSTEMMEM,
-                                                      &readback, nullptr),
-                  D3D_OK);
-        ASSERT_EQ(device->SetRenderTarget(0, target), D3D_OK);
-        ASSERT_EQ(device->SetDepthStencilSurface(depth), D3D_OK);
+        target = std::make_unique<ixo_test::render_target>(device, W, H);
+        ASSERT_TRUE(target->bind(0xff000000));
 
         camera = ixo_camera_view::create();
         camera->resize(int(W), int(H));
@@ -64,9 +57,7 @@ protected:
     void TearDown() override
     {
         camera.reset();
-        for (IDirect3DSurface9* s : {readback, depth, target})
-            if (s)
-                s->Release();
+        target.reset();
         ixo_application::end();
     }
 
@@ -85,7 +76,7 @@ protected:
         const std::array<xyz_color, 4> quad = {vertex(p - a + b), vertex(p + a + b),
                                                vertex(p - a - b), vertex(p + a - b)};
 
-        device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, 0xff000000, 1.0f, 0);
+        EXPECT_TRUE(target->bind(0xff000000));
         EXPECT_TRUE(camera->initiate_draw());
         D3DMATRIX world{};
         world._11 = world._22 = world._33 = world._44 = 1.0f;
@@ -101,31 +92,24 @@ protected:
 
         double sx = 0, sy = 0;
         int count = 0;
-        EXPECT_EQ(device->GetRenderTargetData(target, readback), D3D_OK);
-        D3DLOCKED_RECT lr{};
-        if (readback->LockRect(&lr, nullptr, D3DLOCK_READONLY) != D3D_OK)
+        std::vector<ixo_test::pixel> const img = target->read();
+        if (img.empty())
             return v2(-1, -1);
         for (UINT y = 0; y < H; ++y)
-        {
-            const auto* row = static_cast<const std::uint8_t*>(lr.pBits) + y * lr.Pitch;
             for (UINT x = 0; x < W; ++x)
-                if (row[4 * x + 1] > 128)
+                if (img[std::size_t(y) * W + x].g > 128)
                 {
                     sx += x + 0.5;
                     sy += y + 0.5;
                     ++count;
                 }
-        }
-        readback->UnlockRect();
         if (count == 0)
             return v2(-1, -1);
         return v2(float(sx / count), float(sy / count));
     }
 
     IDirect3DDevice9* device = nullptr;
-    IDirect3DSurface9* target = nullptr;
-    IDirect3DSurface9* depth = nullptr;
-    IDirect3DSurface9* readback = nullptr;
+    std::unique_ptr<ixo_test::render_target> target;
     ixo_object_ptr<ixo_camera_view> camera;
 };
 

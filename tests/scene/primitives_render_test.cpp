@@ -3,6 +3,8 @@
 // and reads the pixels back: coverage in the picking pass (exact identifier colours),
 // colours in the normal pass, and the shared meshes across a device reset.
 
+#include "render/render_target.h"
+
 #include <ixocore/app/application.h>
 #include <ixocore/core/identifiable_object.h>
 #include <ixocore/events/event.h>
@@ -29,7 +31,7 @@
 
 #include <cmath>
 #include <cstdint>
-#include <cstring>
+#include <memory>
 #include <vector>
 
 namespace
@@ -39,10 +41,7 @@ constexpr UINT H = 120;
 constexpr float px_per_unit = 20;
 constexpr D3DCOLOR background = D3DCOLOR_XRGB(10, 20, 30);
 
-struct pixel
-{
-    std::uint8_t b, g, r, a;
-};
+using ixo_test::pixel;
 
 using color = ixo_vector4<unsigned char>;
 using v3 = ixo_vector3<float>;
@@ -114,85 +113,33 @@ protected:
 
     bool create_surfaces()
     {
-        return device->CreateRenderTarget(W, H, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE,
-                                          &target, nullptr) == D3D_OK &&
-               device->CreateDepthStencilSurface(W, H, D3DFMT_D24S8, D3DMULTISAMPLE_NONE, 0, TRUE,
-                                                 &depth, nullptr) == D3D_OK &&
-               device->CreateOffscreenPlainSurface(W, H, D3DFMT_A8R8G8B8, D3DPOOL_SYSTEMMEM,
-                                                   &readback, nullptr) == D3D_OK;
+        target = std::make_unique<ixo_test::render_target>(device, W, H);
+        return target->ok();
     }
 
-    void release_surfaces()
-    {
-        if (!device)
-            return;
-        // Give the device its own back buffer back so the surfaces really go.
-        IDirect3DSurface9* back = nullptr;
-        if (SUCCEEDED(device->GetBackBuffer(0, 0, D3DBACKBUFFER_TYPE_MONO, &back)))
-        {
-            device->SetRenderTarget(0, back);
-            back->Release();
-        }
-        device->SetDepthStencilSurface(nullptr);
-        for (IDirect3DSurface9** s : {&readback, &depth, &target})
-        {
-            if (*s)
-                (*s)->Release();
-            *s = nullptr;
-        }
-    }
+    void release_surfaces() { target.reset(); }
 
     // Draws the scene as a render view would, in the picking pass or the normal passes,
     // and reads the frame back (rows top-down).
     std::vector<pixel> draw(bool mapping, bool mapped_shadows = false)
     {
-        std::vector<pixel> out;
-        if (!target)
-            return out;
-        device->SetRenderTarget(0, target);
-        device->SetDepthStencilSurface(depth);
-        D3DVIEWPORT9 vp{0, 0, W, H, 0.0f, 1.0f};
-        device->SetViewport(&vp);
-        device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, background, 1.0f, 0);
-        D3DXMATRIX view, projection;
-        D3DXVECTOR3 const eye(0, 0, 10), at(0, 0, 0), up(0, 1, 0);
-        D3DXMatrixLookAtRH(&view, &eye, &at, &up);
-        D3DXMatrixOrthoRH(&projection, W / px_per_unit, H / px_per_unit, 0.1f, 20.0f);
-        device->SetTransform(D3DTS_VIEW, &view);
-        device->SetTransform(D3DTS_PROJECTION, &projection);
-        if (ID3DXEffect* effect = ixo_direct3d::get_effect())
-        {
-            effect->SetMatrix("g_mView", &view);
-            effect->SetMatrix("g_mProj", &projection);
-        }
+        if (!target || !target->bind(background))
+            return {};
+        ixo_test::look_along_minus_z(device, W / px_per_unit, H / px_per_unit);
         ixo_scene_draw_data d;
         d.set_mapping(mapping);
         d.set_draw_mapped_shadows(mapped_shadows);
         EXPECT_TRUE(scene->draw(d));
-        return read();
+        return target->read();
     }
 
-    std::vector<pixel> read()
-    {
-        std::vector<pixel> out;
-        D3DLOCKED_RECT lr{};
-        if (device->GetRenderTargetData(target, readback) != D3D_OK ||
-            readback->LockRect(&lr, nullptr, D3DLOCK_READONLY) != D3D_OK)
-            return out;
-        out.resize(std::size_t(W) * H);
-        for (UINT y = 0; y < H; ++y)
-            std::memcpy(&out[std::size_t(y) * W],
-                        static_cast<const std::uint8_t*>(lr.pBits) + y * lr.Pitch, W * 4);
-        readback->UnlockRect();
-        return out;
-    }
+    std::vector<pixel> read() { return target ? target->read() : std::vector<pixel>(); }
 
     static unsigned long id_at(const std::vector<pixel>& img, UINT x, UINT y)
     {
         if (img.size() != std::size_t(W) * H)
             return ixo_invalid_object_id;
-        pixel const p = img[std::size_t(y) * W + x];
-        return ixo_id_from_color(color(p.b, p.g, p.r, p.a));
+        return ixo_test::id_of(img[std::size_t(y) * W + x]);
     }
 
     static int count_id(const std::vector<pixel>& img, unsigned long id)
@@ -226,9 +173,7 @@ protected:
 
     friend class reset_handler;
     IDirect3DDevice9* device = nullptr;
-    IDirect3DSurface9* target = nullptr;
-    IDirect3DSurface9* depth = nullptr;
-    IDirect3DSurface9* readback = nullptr;
+    std::unique_ptr<ixo_test::render_target> target;
     ixo_object_ptr<ixo_scene> scene;
 };
 
@@ -465,7 +410,7 @@ TEST_F(primitives_render, meshes_are_rebuilt_after_a_device_reset)
     ixo_d3d9_test_lose_device(device, 1);
     ASSERT_TRUE(ixo_application::instance()->get_direct3d()->reset());
     EXPECT_EQ(handler->resets, 1);
-    ASSERT_NE(target, nullptr);
+    ASSERT_TRUE(target && target->ok());
 
     // One cone mesh again, held by each of the five cones.
     ID3DXMesh* mesh = ixo_scene_cone::get_shared_mesh();

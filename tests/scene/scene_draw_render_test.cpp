@@ -2,6 +2,8 @@
 // own, with identity view and projection (world coordinates are clip coordinates: x and y
 // in -1..1, depth 0..1), and reads the pixels back.
 
+#include "render/render_target.h"
+
 #include <ixocore/app/application.h>
 #include <ixocore/core/identifiable_object.h>
 #include <ixocore/core/string.h>
@@ -19,7 +21,7 @@
 
 #include <cmath>
 #include <cstdint>
-#include <cstring>
+#include <memory>
 #include <vector>
 
 namespace
@@ -27,10 +29,7 @@ namespace
 constexpr UINT W = 64;
 constexpr UINT H = 48;
 
-struct pixel
-{
-    std::uint8_t b, g, r, a;
-};
+using ixo_test::pixel;
 
 // What the device held when an object's draw_object ran.
 struct draw_state
@@ -117,19 +116,8 @@ protected:
         ixo_application::start(nullptr);
         device = ixo_direct3d::get_device();
         ASSERT_NE(device, nullptr) << "no headless device";
-        ASSERT_EQ(device->CreateRenderTarget(W, H, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE,
-                                             &target, nullptr),
-                  D3D_OK);
-        ASSERT_EQ(device->CreateDepthStencilSurface(W, H, D3DFMT_D24S8, D3DMULTISAMPLE_NONE, 0,
-                                                    TRUE, &depth, nullptr),
-                  D3D_OK);
-        ASSERT_EQ(device->CreateOffscreenPlainSurface(W, H, D3DFMT_A8R8G8B8, D3DPOOL_SYSTEMMEM,
-                                                      &readback, nullptr),
-                  D3D_OK);
-        ASSERT_EQ(device->SetRenderTarget(0, target), D3D_OK);
-        ASSERT_EQ(device->SetDepthStencilSurface(depth), D3D_OK);
-        D3DVIEWPORT9 vp{0, 0, W, H, 0.0f, 1.0f};
-        device->SetViewport(&vp);
+        target = std::make_unique<ixo_test::render_target>(device, W, H);
+        ASSERT_TRUE(target->bind(0xFFFFFFFF));
         D3DXMATRIX identity;
         D3DXMatrixIdentity(&identity);
         device->SetTransform(D3DTS_VIEW, &identity);
@@ -145,34 +133,18 @@ protected:
     void TearDown() override
     {
         scene = nullptr;
-        if (readback)
-            readback->Release();
-        if (depth)
-            depth->Release();
-        if (target)
-            target->Release();
+        target.reset();
         ixo_application::end();
     }
 
     // The pixel at column x, row y counted from the top.
     pixel at(UINT x, UINT y)
     {
-        pixel p{};
-        if (device->GetRenderTargetData(target, readback) != D3D_OK)
-            return p;
-        D3DLOCKED_RECT lr{};
-        if (readback->LockRect(&lr, nullptr, D3DLOCK_READONLY) != D3D_OK)
-            return p;
-        std::memcpy(&p, static_cast<const std::uint8_t*>(lr.pBits) + y * lr.Pitch + x * 4, 4);
-        readback->UnlockRect();
-        return p;
+        std::vector<pixel> const img = target->read();
+        return img.size() == std::size_t(W) * H ? img[std::size_t(y) * W + x] : pixel{};
     }
 
-    unsigned long picked(UINT x, UINT y)
-    {
-        pixel const p = at(x, y);
-        return ixo_id_from_color(color(p.b, p.g, p.r, p.a));
-    }
+    unsigned long picked(UINT x, UINT y) { return ixo_test::id_of(at(x, y)); }
 
     // A normal frame as a render view draws it, after clearing to white.
     bool draw_frame()
@@ -192,9 +164,7 @@ protected:
     }
 
     IDirect3DDevice9* device = nullptr;
-    IDirect3DSurface9* target = nullptr;
-    IDirect3DSurface9* depth = nullptr;
-    IDirect3DSurface9* readback = nullptr;
+    std::unique_ptr<ixo_test::render_target> target;
     ixo_object_ptr<ixo_scene> scene;
 };
 
