@@ -269,7 +269,9 @@ bool ixo_light::compute_psm_shadow_matrices(ixo_scene_draw_data& d, const ixo_bo
 bool ixo_light::initiate_create_shadows(ixo_scene_draw_data* d)
 {
     static_cast<void>(d);
-    if (!direct_light_enabled_)
+    // Before compute_shadow_matrices the matrices are identities: a map drawn with them
+    // would shadow at random.
+    if (!direct_light_enabled_ || shadow_bounds_.empty())
         return false;
     D3DXMATRIX const view = to_device(shadow_view_);
     D3DXMATRIX const proj = to_device(shadow_projection_);
@@ -291,7 +293,14 @@ bool ixo_light::initiate_draw_shadows(ixo_scene_draw_data* d) const
     static_cast<void>(d);
     if (ID3DXEffect* effect = ixo_direct3d::get_effect())
     {
-        D3DXMATRIX const shadow = to_device(shadow_projection_ * shadow_view_);
+        // A zero matrix puts every point behind the light's eye (w = 0), which the shader
+        // leaves unshadowed: no map was drawn for a light that was never fitted.
+        D3DXMATRIX const shadow =
+            shadow_bounds_.empty()
+                ? to_device(ixo_matrix44<float>(
+                      ixo_vector4<float>(0, 0, 0, 0), ixo_vector4<float>(0, 0, 0, 0),
+                      ixo_vector4<float>(0, 0, 0, 0), ixo_vector4<float>(0, 0, 0, 0)))
+                : to_device(shadow_projection_ * shadow_view_);
         effect->SetMatrix("g_mShadow", &shadow);
     }
     return true;

@@ -85,17 +85,21 @@ ixo_render_view::ixo_render_view()
 
 ixo_render_view::~ixo_render_view()
 {
+    detach();
+    camera_ = nullptr;
+    overlay_ = nullptr;
+    remove_background_image();
+}
+
+void ixo_render_view::detach()
+{
     if (!redraw_key_.is_empty())
     {
         if (ixo_object_ptr<ixo_event_manager> events = ixo_event_manager::get_app_event_manager())
             events->unsubscribe(redraw_key_);
         redraw_key_ = ixo_event_key();
     }
-    camera_ = nullptr;
-    overlay_ = nullptr;
-    pick_unlock();
     d3d_release();
-    remove_background_image();
     scene_ = nullptr;
 }
 
@@ -203,7 +207,9 @@ bool ixo_render_view::check_device()
 
 bool ixo_render_view::paint()
 {
-    if (!check_device())
+    // Without its own surfaces the frame would land in whatever target another view left
+    // current.
+    if (!check_device() || !render_target_)
         return false;
     // The view must outlive the frame even if a handler drops the last reference.
     ixo_object_ptr<ixo_render_view> keep(this);
@@ -467,6 +473,8 @@ bool ixo_render_view::post_reset()
 
 void ixo_render_view::d3d_release()
 {
+    // The pick image lives in the surfaces released here.
+    pick_unlock();
     release_device_object(depth_stencil_);
     release_device_object(render_target_);
     release_device_object(swap_chain_);

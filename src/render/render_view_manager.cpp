@@ -33,6 +33,7 @@ bool ixo_render_view_manager::remove(ixo_object_ptr<ixo_render_view> view)
     if (it == views_.end())
         return false;
     views_.erase(it);
+    view->detach();
     return true;
 }
 

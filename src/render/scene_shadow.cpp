@@ -51,8 +51,14 @@ ixo_box3<float> ixo_scene_shadow::get_object_bounds() const
 
 bool ixo_scene_shadow::draw_object(const ixo_scene_draw_data& d)
 {
-    if (!object_ || !light_)
+    if (!object_ || !light_ || drawing_)
         return true;
+    struct guard
+    {
+        bool& flag;
+        explicit guard(bool& f) : flag(f) { flag = true; }
+        ~guard() { flag = false; }
+    } const drawing(drawing_);
     IDirect3DDevice9* device = ixo_application::instance() ? ixo_direct3d::get_device() : nullptr;
     if (!device)
         return object_->draw(d);

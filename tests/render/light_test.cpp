@@ -134,6 +134,21 @@ TEST(Light, ShadowMatricesHoldAnOffsetBoxTightly)
     EXPECT_NEAR(centre[1], 0.f, 0.2f);
 }
 
+// A light draws a shadow map only once its matrices are fitted to something.
+TEST(Light, ShadowMapPassOnlyForAFittedLight)
+{
+    ixo_object_ptr<ixo_light> light = ixo_light::create(0);
+    light->set_position(0.f, 5.f, 0.f);
+    EXPECT_FALSE(light->initiate_create_shadows(nullptr));
+    EXPECT_TRUE(light->compute_shadow_matrices(box3(vec3(-1, 0, -1), vec3(1, 1, 1))));
+    EXPECT_TRUE(light->initiate_create_shadows(nullptr));
+    light->set_direct_light_enabled(false);
+    EXPECT_FALSE(light->initiate_create_shadows(nullptr));
+    light->set_direct_light_enabled(true);
+    EXPECT_FALSE(light->compute_shadow_matrices(box3()));
+    EXPECT_FALSE(light->initiate_create_shadows(nullptr));
+}
+
 TEST(Light, ShadowMatricesRefuseBoxesNoMapCanHold)
 {
     ixo_object_ptr<ixo_light> light = ixo_light::create(0);

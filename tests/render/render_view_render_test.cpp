@@ -341,13 +341,16 @@ TEST_F(render_view_test, redraw_requests_repaint_every_initialised_view)
     EXPECT_EQ(manager->get_view(3), nullptr);
     EXPECT_EQ(manager->get_view(-1), nullptr);
 
-    // A view dropped by its manager and its last holder stops listening.
+    // A view dropped by its manager stops listening and painting, though the test still
+    // holds it (as an undo history or a tool may).
     EXPECT_TRUE(manager->remove(second));
     EXPECT_FALSE(manager->remove(second));
-    second = nullptr;
     box->normal_draws = 0;
     ixo_request_redraw();
     EXPECT_EQ(box->normal_draws, 1);
+    EXPECT_FALSE(second->paint());
+    EXPECT_EQ(box->normal_draws, 1);
+    second = nullptr;
 }
 
 TEST_F(render_view_test, device_reset_rebuilds_the_view_and_keeps_one_subscription)

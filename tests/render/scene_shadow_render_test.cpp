@@ -150,6 +150,16 @@ TEST(SceneShadow, PlanarShadowLandsWhereTheLightCastsIt)
         EXPECT_NEAR(cast.bottom, 39, 1);
         EXPECT_NEAR(cast.count, 16 * 16, 32);
 
+        // A shadow hung under its own object draws the object once and stops there; the
+        // two overlap on x in [1, 1.5] (4 x 8 pixels). The child is taken off again, as the
+        // pair hold each other.
+        square->add_child(shadow);
+        lit_area const both = draw(*square);
+        EXPECT_NEAR(both.count, own.count + cast.count - 4 * 8, 16);
+        EXPECT_EQ(both.left, own.left);
+        EXPECT_EQ(both.right, cast.right);
+        square->remove_child(shadow);
+
         // The light moves: the shadow follows at the next draw. From (1, 10, 0) the square's
         // x range maps to [0, 2].
         light->set_position(1.f, 10.f, 0.f);

@@ -120,6 +120,10 @@ private:
     bool map_shadows();
     bool paint_overlay(bool mapping);
     void d3d_release();
+    // Stops answering redraw requests and lets go of the device objects and the scene:
+    // what the destructor does, and what the manager does to a view it removes while
+    // others (a command in an undo history, a tool) still hold it.
+    void detach();
 
     HWND window_ = nullptr;
     IDirect3DSwapChain9* swap_chain_ = nullptr;

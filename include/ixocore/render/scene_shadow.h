@@ -25,7 +25,9 @@ class IXO_API ixo_scene_shadow : public ixo_scene_object
 
 public:
     // The shadow of `object` cast by `light` onto `plane`. The object is not adopted: it
-    // stays where it is in the tree and is drawn a second time through the shadow.
+    // stays where it is in the tree and is drawn a second time through the shadow. The
+    // shadow holds the object; a shadow placed under its own object draws it once (no
+    // recursion) but the two then hold each other until the shadow is taken off.
     static ixo_object_ptr<ixo_scene_shadow> create(ixo_object_ptr<ixo_scene_object> object,
                                                    ixo_object_ptr<ixo_light> light,
                                                    const ixo_plane<float>& plane);
@@ -53,4 +55,7 @@ private:
     ixo_object_ptr<ixo_scene_object> object_;
     ixo_object_ptr<ixo_light> light_;
     ixo_plane<float> plane_;
+    // Set while the shadowed object draws: a shadow inside its own object's subtree would
+    // otherwise draw itself without end.
+    bool drawing_ = false;
 };
