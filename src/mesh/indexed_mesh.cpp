@@ -252,8 +252,14 @@ IDirect3DIndexBuffer9* ixo_indexed_mesh::get_index_buffer(IDirect3DDevice9* devi
     if (index_buffer_)
         return index_buffer_;
     std::size_t bytes = indices_.size() * sizeof(unsigned int);
-    if (!device || bytes == 0 || bytes > 0xffffffffu)
+    if (!device || bytes == 0 || bytes > 0xffffffffu || indices_refused_)
         return nullptr;
+    // Indices beyond the vertices would make every draw read outside the vertex buffer.
+    if (!has_valid_indices())
+    {
+        indices_refused_ = true;
+        return nullptr;
+    }
     IDirect3DIndexBuffer9* buffer = nullptr;
     if (FAILED(device->CreateIndexBuffer(UINT(bytes), 0, D3DFMT_INDEX32, D3DPOOL_DEFAULT, &buffer,
                                          nullptr)) ||
@@ -279,6 +285,7 @@ void ixo_indexed_mesh::release_buffers()
         index_buffer_->Release();
     vertex_buffer_ = nullptr;
     index_buffer_ = nullptr;
+    indices_refused_ = false;
 }
 
 // ---------------------------------------------------------------------------------------

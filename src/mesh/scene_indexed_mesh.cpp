@@ -64,29 +64,18 @@ bool ixo_scene_indexed_mesh::draw_object(const ixo_scene_draw_data& d)
     IDirect3DDevice9* device = ixo_direct3d::get_device();
     if (!device)
         return true;
-    IDirect3DIndexBuffer9* previous = index_buffer_;
+    // No index buffer for a mesh naming vertices it does not have (one read from an
+    // archive may): it draws nothing.
     vertex_buffer_ = mesh_->get_vertex_buffer(device);
     index_buffer_ = mesh_->get_index_buffer(device);
     if (!vertex_buffer_ || !index_buffer_)
         return true;
-    // A mesh read from an archive may name vertices it does not have; the check is made
-    // once per index buffer.
-    if (!indices_checked_ || previous != index_buffer_)
-    {
-        indices_valid_ = mesh_->has_valid_indices();
-        indices_checked_ = true;
-    }
-    if (!indices_valid_)
-        return true;
 
-    IDirect3DIndexBuffer9* current = nullptr;
-    device->GetIndices(&current);
-    if (current != index_buffer_)
-    {
-        device->SetStreamSource(0, vertex_buffer_, 0, sizeof(ixo_mesh_vertex));
-        device->SetFVF(D3DFVF_XYZ | D3DFVF_NORMAL);
-        device->SetIndices(index_buffer_);
-    }
+    // Bound every time: planes, lines and sprites draw from streams of their own without
+    // touching the index buffer, so a current index buffer says nothing about the stream.
+    device->SetStreamSource(0, vertex_buffer_, 0, sizeof(ixo_mesh_vertex));
+    device->SetFVF(D3DFVF_XYZ | D3DFVF_NORMAL);
+    device->SetIndices(index_buffer_);
     device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
 
     ID3DXEffect* effect = ixo_direct3d::get_effect();
@@ -110,8 +99,6 @@ bool ixo_scene_indexed_mesh::draw_object(const ixo_scene_draw_data& d)
         effect->End();
     }
     device->SetRenderState(D3DRS_CULLMODE, D3DCULL_CW);
-    if (current)
-        current->Release();
     return true;
 }
 
@@ -119,7 +106,6 @@ void ixo_scene_indexed_mesh::release_buffers()
 {
     vertex_buffer_ = nullptr;
     index_buffer_ = nullptr;
-    indices_checked_ = false;
 }
 
 bool ixo_scene_indexed_mesh::pre_reset_object()

@@ -9,6 +9,7 @@
 #include <ixocore/app/application.h>
 #include <ixocore/app/document.h>
 #include <ixocore/core/identifiable_object.h>
+#include <ixocore/math/plane.h>
 #include <ixocore/mesh/doc_indexed_mesh.h>
 #include <ixocore/mesh/scene_indexed_mesh.h>
 #include <ixocore/platform/d3d9.h>
@@ -16,6 +17,7 @@
 #include <ixocore/render/scene_draw_data.h>
 #include <ixocore/scene/scene.h>
 #include <ixocore/scene/scene_object.h>
+#include <ixocore/scene/scene_plane.h>
 
 #include <memory>
 
@@ -175,4 +177,29 @@ TEST_F(scene_indexed_mesh_render, DocumentObjectHangsItsSceneObjectUnderTheRoot)
     EXPECT_TRUE(doc->remove(doc_object));
     EXPECT_EQ(root->get_num_children(), before);
     ixo_application::instance()->remove_document(doc);
+}
+
+// A plane draws from a vertex stream of its own without touching the index buffer; the
+// mesh drawn after it, in this frame and the next, must still draw from its own vertices.
+TEST_F(scene_indexed_mesh_render, MeshAfterAPlaneDrawsFromItsOwnVertices)
+{
+    auto mesh = ixo_indexed_mesh::read_from_stl_file(
+        wide(write_file("left_square.stl", square_stl(-3, -1, -1, 1))));
+    ASSERT_TRUE(mesh);
+    auto object = ixo_scene_indexed_mesh::create(mesh);
+    object->set_property(ixo_scene_object::pickable, true);
+    scene->get_root()->add_child(object);
+    EXPECT_EQ(id_at(draw(true), col(-2), row(0)), object->id());
+
+    auto plane = ixo_scene_plane::create(
+        ixo_plane<float>(ixo_vector3<float>(2, 0, 0), ixo_vector3<float>(0, 0, 1)), 2, 2);
+    plane->set_property(ixo_scene_object::pickable, true);
+    scene->get_root()->add_child_front(plane);
+    for (int frame = 0; frame < 2; ++frame)
+    {
+        auto img = draw(true);
+        EXPECT_EQ(id_at(img, col(-2), row(0)), object->id()) << "frame " << frame;
+        EXPECT_EQ(id_at(img, col(2), row(0)), plane->id()) << "frame " << frame;
+        EXPECT_NE(id_at(img, col(0), row(0)), object->id()) << "frame " << frame;
+    }
 }

@@ -108,7 +108,8 @@ public:
     // created and filled on first use. Null when there are no vertices, no device, or the
     // device refuses. The mesh owns it; it lives until release_buffers().
     IDirect3DVertexBuffer9* get_vertex_buffer(IDirect3DDevice9* device);
-    // The device index buffer (32-bit indices), likewise.
+    // The device index buffer (32-bit indices), likewise; also null when an index is not
+    // below the vertex count (checked once, O(indices), until release_buffers()).
     IDirect3DIndexBuffer9* get_index_buffer(IDirect3DDevice9* device);
     // Releases both device buffers and forgets them.
     void release_buffers();
@@ -175,4 +176,6 @@ private:
     std::vector<unsigned int> indices_;
     IDirect3DVertexBuffer9* vertex_buffer_ = nullptr;
     IDirect3DIndexBuffer9* index_buffer_ = nullptr;
+    // Set when get_index_buffer found an index out of range; cleared by release_buffers().
+    bool indices_refused_ = false;
 };

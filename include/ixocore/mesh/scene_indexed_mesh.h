@@ -45,8 +45,4 @@ private:
     mutable ixo_box3<float> bounds_;
     IDirect3DVertexBuffer9* vertex_buffer_ = nullptr;
     IDirect3DIndexBuffer9* index_buffer_ = nullptr;
-    // Whether the mesh's indices were checked against its vertex count for the buffers
-    // held, and the answer.
-    bool indices_checked_ = false;
-    bool indices_valid_ = false;
 };
