@@ -1,5 +1,7 @@
 #include <ixocore/app/archive.h>
 
+#include <sys/stat.h>
+
 ixo_object_ptr<ixo_archive> ixo_archive::open(ixo_string const& path, mode m)
 {
     try
@@ -16,8 +18,14 @@ ixo_archive::ixo_archive(ixo_string const& path, mode m) : mode_(m)
 {
     std::ios::openmode const how =
         (m == mode_read ? std::ios::in : std::ios::out | std::ios::trunc) | std::ios::binary;
-    if (path.length() > 0)
-        stream_.open(path.to_utf8(), how);
+    std::string const name = path.to_utf8();
+    // Only plain files (or a new one when writing): a FIFO would block the open, and a
+    // device such as /dev/urandom never ends, so its counts could ask for any amount.
+    struct stat st;
+    bool const exists = !name.empty() && stat(name.c_str(), &st) == 0;
+    if (name.empty() || (exists && !S_ISREG(st.st_mode)) || (!exists && m == mode_read))
+        throw unable_to_open();
+    stream_.open(name, how);
     if (!stream_.is_open())
         throw unable_to_open();
 }

@@ -14,6 +14,8 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
@@ -848,31 +850,40 @@ ixo_object_ptr<ixo_indexed_mesh> ixo_indexed_mesh::read_from_ply_file(ixo_string
     struct stat st;
     if (path.empty() || stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode))
         return nullptr;
-    p_ply ply = ply_open(path.c_str(), ignore_ply_message, 0, nullptr);
-    if (!ply)
+    // Closed on every way out, exceptions included.
+    std::unique_ptr<t_ply_, int (*)(p_ply)> ply(
+        ply_open(path.c_str(), ignore_ply_message, 0, nullptr), ply_close);
+    if (!ply || !ply_read_header(ply.get()))
         return nullptr;
-    if (!ply_read_header(ply))
-    {
-        ply_close(ply);
-        return nullptr;
-    }
     ixo_object_ptr<ixo_indexed_mesh> mesh = create_empty();
     ply_context context;
     context.mesh = mesh.get();
-    long vertices = ply_set_read_cb(ply, "vertex", "x", on_ply_vertex, &context, 0);
-    ply_set_read_cb(ply, "vertex", "y", on_ply_vertex, &context, 1);
-    ply_set_read_cb(ply, "vertex", "z", on_ply_vertex, &context, 2);
-    long faces = ply_set_read_cb(ply, "face", "vertex_indices", on_ply_face, &context, 0);
-    if (faces == 0)
-        faces = ply_set_read_cb(ply, "face", "vertex_index", on_ply_face, &context, 0);
-    // The header has checked that the file holds data for these counts.
-    context.vertex_count = std::size_t(vertices);
-    mesh->vertices_.assign(context.vertex_count, ixo_mesh_vertex(vec3(0, 0, 0), vec3(0, 0, 0)));
-    mesh->indices_.reserve(std::size_t(faces) * 3);
-    int ok = ply_read(ply);
-    ply_close(ply);
-    if (!ok)
+    long const vertices = ply_set_read_cb(ply.get(), "vertex", "x", on_ply_vertex, &context, 0);
+    long const ys = ply_set_read_cb(ply.get(), "vertex", "y", on_ply_vertex, &context, 1);
+    long const zs = ply_set_read_cb(ply.get(), "vertex", "z", on_ply_vertex, &context, 2);
+    // Without all three coordinates there is no mesh; with them every vertex holds at least
+    // three bytes of the file, so the vertex array stays within 8 times the file's size.
+    if (vertices == 0 || ys == 0 || zs == 0)
         return nullptr;
+    long faces = ply_set_read_cb(ply.get(), "face", "vertex_indices", on_ply_face, &context, 0);
+    if (faces == 0)
+        faces = ply_set_read_cb(ply.get(), "face", "vertex_index", on_ply_face, &context, 0);
+    try
+    {
+        // The header has checked that the file holds data for these counts.
+        context.vertex_count = std::size_t(vertices);
+        mesh->vertices_.assign(context.vertex_count, ixo_mesh_vertex(vec3(0, 0, 0), vec3(0, 0, 0)));
+        // A face of zero corners takes one byte: reserve only what triangles of at least
+        // four bytes each could fill; anything beyond grows as it is read.
+        std::size_t const triangles = std::min(std::size_t(faces), std::size_t(st.st_size) / 4);
+        mesh->indices_.reserve(triangles * 3);
+        if (!ply_read(ply.get()))
+            return nullptr;
+    }
+    catch (const std::bad_alloc&)
+    {
+        return nullptr;
+    }
     mesh->indices_.shrink_to_fit();
     mesh->make_normals_from_positions();
     return mesh;

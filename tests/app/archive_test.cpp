@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <array>
 #include <filesystem>
 #include <fstream>
@@ -49,6 +51,13 @@ TEST_F(archive_test, open_fails_cleanly)
 {
     EXPECT_EQ(ixo_archive::open(wide("missing/dir/file.bin"), ixo_archive::mode_write), nullptr);
     EXPECT_EQ(ixo_archive::open(wide("absent.bin"), ixo_archive::mode_read), nullptr);
+    // Not plain files: a FIFO would block the open, a device would never end.
+    std::string const fifo = (dir_ / "pipe").string();
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_EQ(ixo_archive::open(ixo_string::from_utf8(fifo), ixo_archive::mode_read), nullptr);
+    EXPECT_EQ(ixo_archive::open(ixo_string::from_utf8(fifo), ixo_archive::mode_write), nullptr);
+    EXPECT_EQ(ixo_archive::open(ixo_string::from_utf8("/dev/zero"), ixo_archive::mode_read),
+              nullptr);
     EXPECT_EQ(ixo_archive::open(ixo_string(), ixo_archive::mode_read), nullptr);
     EXPECT_EQ(ixo_archive::open(ixo_string(IXO_TEXT("")), ixo_archive::mode_write), nullptr);
     // A directory cannot be opened as a file.

@@ -322,6 +322,22 @@ TEST(MeshFiles, PlyPolygonsBecomeFansAndBadFilesAreRefused)
                        "property float x\nproperty float y\nproperty float z\nend_header\n";
     huge.append(120, '\0');
     EXPECT_FALSE(ixo_indexed_mesh::read_from_ply_file(wide(write_file("huge.ply", huge))));
+    // A coordinate missing: no mesh, whatever the count promises (one byte per vertex here).
+    std::string only_x = "ply\nformat binary_little_endian 1.0\nelement vertex 4000000\n"
+                         "property char x\nend_header\n";
+    only_x.append(4000000, '\0');
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_ply_file(wide(write_file("only_x.ply", only_x))));
+    // Millions of empty faces (one byte each) read as no triangles.
+    std::string empty_faces = "ply\nformat binary_little_endian 1.0\nelement vertex 1\n"
+                              "property char x\nproperty char y\nproperty char z\n"
+                              "element face 3000000\nproperty list uchar int vertex_indices\n"
+                              "end_header\n";
+    empty_faces.append(3 + 3000000, '\0');
+    auto no_faces =
+        ixo_indexed_mesh::read_from_ply_file(wide(write_file("empty_faces.ply", empty_faces)));
+    ASSERT_TRUE(no_faces);
+    EXPECT_EQ(no_faces->get_num_vertices(), 1u);
+    EXPECT_EQ(no_faces->get_num_indices(), 0u);
     EXPECT_FALSE(ixo_indexed_mesh::read_from_ply_file(wide(write_file("text.ply", "solid x\n"))));
     EXPECT_FALSE(ixo_indexed_mesh::read_from_ply_file(wide(write_file("empty.ply", ""))));
 
