@@ -17,6 +17,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <vector>
 
@@ -352,12 +353,30 @@ ixo_object_ptr<ixo_indexed_mesh> parse_stl_ascii(FILE* fp, long long long_lines)
     vertex_merger merger(vertices, std::size_t(facets) / 2 + 3);
     token_reader tokens(fp);
     tokens.skip_line();
-    for (long long f = 0; f < facets; ++f)
+    // The line count can only overestimate the facets (blank lines, several solids), so
+    // the end of the stream between facets ends the mesh.
+    for (long long f = 0; f < facets;)
     {
+        const char* word = nullptr;
+        const char* word_end = nullptr;
+        if (!tokens.next(word, word_end))
+            break;
+        // "endsolid name" and, in files of several solids, "solid name" between facets.
+        if (std::string_view(word, std::size_t(word_end - word)) == "endsolid")
+        {
+            tokens.skip_line();
+            if (!tokens.next(word, word_end))
+                break;
+            if (std::string_view(word, std::size_t(word_end - word)) != "solid")
+                return nullptr;
+            tokens.skip_line();
+            continue;
+        }
+        ++f;
         float normal[3];
         float corners[9];
         // facet normal nx ny nz / outer loop / vertex x y z (three times) / endloop endfacet
-        if (!tokens.skip(2) || !tokens.read_floats(normal, 3) || !tokens.skip(2))
+        if (!tokens.skip(1) || !tokens.read_floats(normal, 3) || !tokens.skip(2))
             return nullptr;
         for (int k = 0; k < 3; ++k)
             if (!tokens.skip(1) || !tokens.read_floats(corners + 3 * k, 3))

@@ -162,6 +162,18 @@ TEST(MeshFiles, AsciiStlCubeMergesCornersAndAccumulatesNormals)
     ASSERT_TRUE(crlf);
     expect_merged(*crlf, facets);
 
+    // Several solids in one file (as some exporters write assemblies) and blank lines that
+    // inflate the line count read as one mesh.
+    std::string const part = ascii_stl(facets);
+    auto two = ixo_indexed_mesh::read_from_stl_file(
+        wide(write_file("two_solids.stl", part + part + std::string(20, '\n'))));
+    ASSERT_TRUE(two);
+    EXPECT_EQ(two->get_num_vertices(), 8u);
+    EXPECT_EQ(two->get_num_indices(), 72u);
+    // Something else between the solids is refused.
+    EXPECT_FALSE(ixo_indexed_mesh::read_from_stl_file(
+        wide(write_file("junk_between.stl", part + "garbage here\n" + part))));
+
     // A number that is not one makes the file unreadable.
     std::string bad = ascii_stl(facets);
     bad.replace(bad.find("vertex 0 1 0"), 12, "vertex 0 x 0");
