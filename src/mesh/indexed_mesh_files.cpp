@@ -540,6 +540,9 @@ public:
             {
                 if (section >= 0 && (wanted < 0 || section == wanted))
                     consume(current_);
+                // The one section asked for is complete: the rest of the file is not read.
+                if (wanted >= 0 && section == wanted)
+                    return;
                 ++section;
                 current_.clear();
                 reset_state();
