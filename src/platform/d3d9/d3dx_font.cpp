@@ -145,7 +145,7 @@ public:
                 x = r.right - l.width;
             for (char32_t c : l.chars)
             {
-                glyph const& g = glyphs_[c];
+                glyph const& g = glyph_of(c);
                 if (g.page >= 0)
                 {
                     RECT src = g.src;
@@ -166,7 +166,8 @@ public:
                         sprite->Draw(pages_[std::size_t(g.page)], &src, nullptr, &pos, Color);
                     }
                 }
-                x += g.advance;
+                // As measured: a tab under DT_EXPANDTABS is eight spaces wide.
+                x += advance_of(c, Format);
             }
             y += line_height;
         }

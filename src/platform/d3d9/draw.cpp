@@ -425,16 +425,18 @@ GLuint ixo_d3d9_device::fixed_function_program(DWORD fvf)
         program = it->second;
     else
     {
+        // A failure is remembered too (as 0), so that it is not compiled again every draw.
         program = ixo_d3d9_link_program(ixo_d3d9_ff_vertex_source(key),
                                         ixo_d3d9_ff_fragment_source(key), nullptr);
-        if (!program)
-            return 0;
         m_programs.emplace(std::move(bytes), program);
     }
+    if (!program)
+        return 0;
+    // The uniform block is shared by every program, so a change of program alone does not
+    // need it written again.
     m_ff_program = program;
     m_ff_fvf = fvf;
     m_program_dirty = false;
-    m_uniforms_dirty = true;
     return program;
 }
 

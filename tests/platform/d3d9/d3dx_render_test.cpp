@@ -286,6 +286,27 @@ TEST_F(d3dx_render, text_is_measured_and_drawn_inside_its_rectangle)
     EXPECT_GE(miny, (int(size) - m.bottom) / 2);
     EXPECT_LT(maxy, (int(size) + m.bottom) / 2 + 1);
 
+    // An expanded tab is drawn as wide as it is measured: the second H starts where the
+    // measure puts it, not straight after the first.
+    RECT one_h{0, 0, 0, 0}, tabbed{0, 0, 0, 0};
+    font->DrawTextW(nullptr, u"H", -1, &one_h, DT_CALCRECT, 0);
+    font->DrawTextW(nullptr, u"H\tH", -1, &tabbed, DT_CALCRECT | DT_EXPANDTABS, 0);
+    ASSERT_GT(tabbed.right, 2 * one_h.right + 4);
+    ASSERT_LT(tabbed.right, LONG(size) - 4);
+    clear();
+    dev_->BeginScene();
+    RECT tab_rect{2, 2, 2 + tabbed.right, 2 + tabbed.bottom};
+    font->DrawTextW(nullptr, u"H\tH", -1, &tab_rect, DT_EXPANDTABS | DT_NOCLIP, 0xFFFFFFFF);
+    dev_->EndScene();
+    img = read();
+    int rightmost = -1;
+    for (int y = 0; y < int(size); ++y)
+        for (int x = 0; x < int(size); ++x)
+            if (lit(at(img, x, y)))
+                rightmost = std::max(rightmost, x);
+    EXPECT_GT(rightmost, tab_rect.right - one_h.right);
+    EXPECT_LT(rightmost, tab_rect.right + 1);
+
     EXPECT_EQ(font->DrawTextW(nullptr, nullptr, -1, &all, 0, 0), 0);
     EXPECT_EQ(font->DrawTextW(nullptr, u"x", -1, nullptr, 0, 0), 0);
     font->Release();
