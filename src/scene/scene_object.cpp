@@ -376,14 +376,26 @@ bool ixo_scene_object::draw(const ixo_scene_draw_data& d)
     IDirect3DDevice9* const device = current_device();
     ID3DXEffect* const effect = device ? current_effect() : nullptr;
 
+    // Whether this pass draws the object itself. Hidden objects still draw their children;
+    // the shadow-map pass draws only casters; the opaque and transparent passes each draw
+    // their own kind.
+    bool const drawn = get_actual_visible() &&
+                       !(d.do_mapping_shadows() && !properties_.test(cast_shadow)) &&
+                       get_actual_transparent() == d.do_transparent();
+
     D3DMATRIX saved{};
     if (device)
     {
-        // The device's world matrix becomes parent world times local transform.
+        // The device's world matrix becomes parent world times local transform; the
+        // children draw in it whether or not the object does.
         device->GetTransform(D3DTS_WORLD, &saved);
         D3DXMATRIX const local = to_device(transform_);
         device->MultiplyTransform(D3DTS_WORLD, &local);
-
+    }
+    // Effect parameters, material and depth states only for a pass that draws the object:
+    // every object sets its own before it draws.
+    if (device && drawn)
+    {
         if (effect)
         {
             D3DXMATRIX world;
@@ -436,13 +448,8 @@ bool ixo_scene_object::draw(const ixo_scene_draw_data& d)
     }
 
     bool ok = true;
-    if (get_actual_visible())
-    {
-        bool const skipped_caster = d.do_mapping_shadows() && !properties_.test(cast_shadow);
-        if (!skipped_caster && get_actual_transparent() == d.do_transparent())
-            ok = draw_object(d);
-    }
-    // Visibility gates the object only: hidden objects still draw their children.
+    if (drawn)
+        ok = draw_object(d);
     ok = draw_children(d) && ok;
 
     if (device)
