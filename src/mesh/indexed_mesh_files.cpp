@@ -27,7 +27,6 @@ class ixo_mesh_builder
 public:
     static std::vector<ixo_mesh_vertex>& vertices(ixo_indexed_mesh& m) { return m.vertices_; }
     static std::vector<unsigned int>& indices(ixo_indexed_mesh& m) { return m.indices_; }
-    static void make_normals(ixo_indexed_mesh& m) { m.make_normals_from_positions(); }
     static ixo_object_ptr<ixo_indexed_mesh> create() { return ixo_indexed_mesh::create_empty(); }
 };
 

@@ -269,6 +269,10 @@ bool ixo_scene::draw_passes(ixo_scene_draw_data& d, bool transparent_pass)
             ok = false;
             break;
         }
+    // Every light sets the shadow lookup matrix as it draws, but the map was drawn from the
+    // first one: its matrix must be the one the objects look the map up with.
+    if (ok && lights_.size() > 1 && lights_.front()->get_direct_light_enabled())
+        lights_.front()->initiate_draw_shadows(&d);
     if (ok)
     {
         d.set_background(true);

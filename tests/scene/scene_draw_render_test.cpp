@@ -399,3 +399,28 @@ TEST_F(scene_draw, shadow_pass_draws_only_casters_of_the_first_light)
     EXPECT_GT(touched, 0);
     EXPECT_LT(touched, int(W * H));
 }
+
+// The shadow map is drawn from the first light, so the matrix the objects look it up with
+// must be the first light's, whatever lights come after it.
+TEST_F(scene_draw, shadow_lookup_matrix_is_the_first_lights)
+{
+    ID3DXEffect* effect = ixo_direct3d::get_effect();
+    ASSERT_NE(effect, nullptr);
+    ixo_box3<float> const box(ixo_vector3<float>(-1, -1, -1), ixo_vector3<float>(1, 1, 1));
+    auto first = ixo_light::create(0);
+    first->set_position(0, 10, 0);
+    ASSERT_TRUE(first->compute_shadow_matrices(box));
+    auto second = ixo_light::create(1);
+    second->set_position(10, 0, 0);
+    ASSERT_TRUE(second->compute_shadow_matrices(box));
+    scene->add_light(first);
+    scene->add_light(second);
+
+    ASSERT_TRUE(draw_frame());
+    D3DXMATRIX used;
+    ASSERT_EQ(effect->GetMatrix("g_mShadow", &used), D3D_OK);
+    ixo_matrix44<float> const m = first->get_shadow_projection() * first->get_shadow_view();
+    for (int r = 0; r < 4; ++r)
+        for (int c = 0; c < 4; ++c)
+            EXPECT_NEAR(used.m[r][c], m[c][r], 1e-5f) << r << ", " << c;
+}
