@@ -269,7 +269,7 @@ ixo_box3<float> ixo_scene_label::get_object_bounds() const
 bool ixo_scene_label::draw_object(const ixo_scene_draw_data& d)
 {
     bool const mapping = d.do_mapping();
-    if (mapping && !get_property(pickable))
+    if (d.do_mapping_shadows() || (mapping && !get_property(pickable)))
         return true;
     IDirect3DDevice9* device = ixo_primitive::device();
     ID3DXFont* font = device ? ixo_direct3d::get_font() : nullptr;

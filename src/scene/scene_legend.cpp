@@ -119,6 +119,8 @@ ixo_box3<float> ixo_scene_legend::get_object_bounds() const
 
 bool ixo_scene_legend::draw_object(const ixo_scene_draw_data& d)
 {
+    if (d.do_mapping_shadows())
+        return true;
     ID3DXFont* font = ixo_primitive::device() ? ixo_direct3d::get_font() : nullptr;
     if (!font || !ixo_annotation::acquire_texture(holds_texture_))
         return true;

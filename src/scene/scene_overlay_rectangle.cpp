@@ -153,7 +153,7 @@ bool ixo_scene_overlay_rectangle::create_vertex_buffer()
 bool ixo_scene_overlay_rectangle::draw_object(const ixo_scene_draw_data& d)
 {
     IDirect3DDevice9* device = ixo_primitive::device();
-    if (!device || (!buffer_ && !create_vertex_buffer()))
+    if (d.do_mapping_shadows() || !device || (!buffer_ && !create_vertex_buffer()))
         return true;
     D3DVIEWPORT9 viewport{};
     if (FAILED(device->GetViewport(&viewport)) || viewport.Width == 0 || viewport.Height == 0)

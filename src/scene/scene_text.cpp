@@ -53,7 +53,8 @@ ixo_box3<float> ixo_scene_text::get_object_bounds() const
 
 bool ixo_scene_text::draw_object(const ixo_scene_draw_data& d)
 {
-    if (d.do_mapping() && !get_property(pickable))
+    // Screen-space text casts no shadow.
+    if (d.do_mapping_shadows() || (d.do_mapping() && !get_property(pickable)))
         return true;
     ID3DXFont* font = ixo_primitive::device() ? ixo_direct3d::get_font() : nullptr;
     ixo_vector2<float> p;

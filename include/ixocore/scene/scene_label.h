@@ -135,7 +135,7 @@ public:
     ixo_box3<float> get_object_bounds() const override;
     // Draws as described above and records the pixel rectangles; needs the draw data's
     // render view, device, font, line and sprite, else nothing is drawn and nothing is
-    // recorded. Always true.
+    // recorded. Nothing goes into a shadow map. Always true.
     bool draw_object(const ixo_scene_draw_data& d) override;
     // Gives back the reference to the class-wide white texture; always true.
     bool pre_reset_object() override;

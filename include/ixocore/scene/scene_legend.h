@@ -64,7 +64,8 @@ public:
     // The point (0, 0, 0) to (0, 0, 0).
     ixo_box3<float> get_object_bounds() const override;
     // Draws as laid out above; needs device, sprite and font, and takes a reference to the
-    // class-wide 64 × 64 white texture the sprite stretches over the boxes. Always true.
+    // class-wide 64 × 64 white texture the sprite stretches over the boxes. Nothing goes into
+    // a shadow map. Always true.
     bool draw_object(const ixo_scene_draw_data& d) override;
     // Gives back the texture reference; always true.
     bool pre_reset_object() override;

@@ -41,7 +41,7 @@ public:
     // off) and the outline inside the shared effect's first pass, in view pixels over the
     // device's viewport; the device's and the effect's view and projection are restored
     // afterwards. Without a device, or when the buffer cannot be made, nothing is drawn.
-    // Always true.
+    // Nothing goes into a shadow map. Always true.
     bool draw_object(const ixo_scene_draw_data& d) override;
     // Releases the buffer; always true.
     bool pre_reset_object() override;

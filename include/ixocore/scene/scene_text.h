@@ -31,7 +31,8 @@ public:
     // unclipped, p being the camera's pixel of the position, in get_color() (alpha
     // included). Needs the draw data's render view; without one, or without device or font,
     // nothing is drawn. In the picking pass the text's rectangle is filled with the
-    // identifier colour, and only when the object has the pickable property. Always true.
+    // identifier colour, and only when the object has the pickable property. Nothing goes into
+    // a shadow map. Always true.
     bool draw_object(const ixo_scene_draw_data& d) override;
 
     ixo_scene_text& operator=(const ixo_scene_text& other);
