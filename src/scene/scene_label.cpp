@@ -280,9 +280,9 @@ bool ixo_scene_label::draw_object(const ixo_scene_draw_data& d)
         return true;
 
     int title_height = 0;
-    measure_contents(title_height);
+    ixo_vector2<int> const contents = measure_contents(title_height);
     if (auto_size_ || dimensions_[0] <= 0 || dimensions_[1] <= 0)
-        fit_to_contents();
+        dimensions_ = ixo_vector2<int>(contents[0] + margin_width, contents[1] + margin_height);
     // Sizes a host set beyond any view are drawn at a view-sized bound instead.
     int const w = std::min(dimensions_[0], 1 << 16);
     int const h = std::min(dimensions_[1], 1 << 16);
