@@ -8,8 +8,6 @@
 #include <ixocore/render/direct3d.h>
 #include <ixocore/render/scene_draw_data.h>
 
-#include "scene/primitive_device.h"
-
 IXO_TYPIFIED_DEFINE(ixo_scene_indexed_mesh, IXO_TEXT("Indexed Mesh Scene Object"))
 
 ixo_scene_indexed_mesh::ixo_scene_indexed_mesh(ixo_object_ptr<ixo_indexed_mesh> mesh)
@@ -82,7 +80,7 @@ bool ixo_scene_indexed_mesh::draw_object(const ixo_scene_draw_data& d)
 
     ID3DXEffect* effect = ixo_direct3d::get_effect();
     bool in_pass = false;
-    if (effect && ixo_primitive::draws_through_effect(d))
+    if (effect && d.do_draw_mapped_shadows())
     {
         UINT passes = 0;
         if (SUCCEEDED(effect->Begin(&passes, 0)))

@@ -23,18 +23,12 @@ inline ID3DXEffect* effect()
     return ixo_application::instance() ? ixo_direct3d::get_effect() : nullptr;
 }
 
-// Whether the pass draws through the effect: the shadow-map pass (its technique writes
-// light-space depth) and the frames that read the map. The rest use the fixed function.
-inline bool draws_through_effect(const ixo_scene_draw_data& d)
-{
-    return d.do_mapping_shadows() || d.do_draw_mapped_shadows();
-}
-
 // Runs `draw` inside pass 0 of the effect's current technique when an effect exists and
-// the pass draws through it, else on the device's fixed function.
+// the pass reads the shadow map, else on the device's fixed function (or inside the pass
+// that the caller has begun: the shadow-map pass draws everything through its technique).
 template <typename F> void draw_with_shadows(const ixo_scene_draw_data& d, F&& draw)
 {
-    ID3DXEffect* fx = draws_through_effect(d) ? effect() : nullptr;
+    ID3DXEffect* fx = d.do_draw_mapped_shadows() ? effect() : nullptr;
     if (!fx)
     {
         draw();

@@ -356,9 +356,20 @@ bool ixo_scene::map_shadows(ixo_scene_draw_data& d)
     D3DXMATRIX const identity = identity_matrix();
     device->SetTransform(D3DTS_WORLD, &identity);
 
+    // Every object draws inside the shadow technique's pass, those that otherwise draw on
+    // the fixed function too: the map then holds light-space depth only, and nothing of
+    // the lights and eye that the previous frame left on the device.
+    UINT passes = 0;
+    bool const in_pass = effect && SUCCEEDED(effect->Begin(&passes, 0));
+    bool const in_technique = in_pass && SUCCEEDED(effect->BeginPass(0));
+
     // Objects without cast_shadow skip themselves in this pass.
     d.set_transparent(false);
     bool const ok = root_->draw(d);
+    if (in_technique)
+        effect->EndPass();
+    if (in_pass)
+        effect->End();
     bool const ended = SUCCEEDED(device->EndScene());
     return ok && ended;
 }
