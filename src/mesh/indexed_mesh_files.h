@@ -1,0 +1,170 @@
+#pragma once
+// What the mesh file readers share: regular files opened safely, a block-wise token reader
+// and number parsing that takes whole tokens. Internal to the mesh subsystem.
+
+#include <ixocore/mesh/indexed_mesh.h>
+
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+// Reaches the private arrays of a mesh for the readers.
+class ixo_mesh_builder
+{
+public:
+    static std::vector<ixo_mesh_vertex>& vertices(ixo_indexed_mesh& m) { return m.vertices_; }
+    static std::vector<unsigned int>& indices(ixo_indexed_mesh& m) { return m.indices_; }
+    static ixo_object_ptr<ixo_indexed_mesh> create() { return ixo_indexed_mesh::create_empty(); }
+};
+
+namespace ixo_mesh_files
+{
+
+using vec3 = ixo_vector3<float>;
+
+// A file that is open and regular (directories, devices and sockets are refused).
+struct file_handle
+{
+    FILE* fp = nullptr;
+    long long size = 0;
+
+    file_handle(std::string const& name, const char* mode)
+    {
+        struct stat st;
+        if (name.empty() || stat(name.c_str(), &st) != 0 || !S_ISREG(st.st_mode))
+            return;
+        fp = std::fopen(name.c_str(), mode);
+        size = st.st_size;
+    }
+    ~file_handle()
+    {
+        if (fp)
+            std::fclose(fp);
+    }
+    file_handle(file_handle const&) = delete;
+    file_handle& operator=(file_handle const&) = delete;
+};
+
+// The size of the regular file behind a stream; -1 for anything else.
+long long stream_size(FILE* fp);
+
+inline bool is_space(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
+}
+
+// Parses a float as the C runtime's %f would take a whole token: an optional sign
+// (including '+'), decimal or exponent form, inf and nan. False when the token does not
+// start with a number.
+bool parse_float(const char* begin, const char* end, float& out);
+// A decimal int, optionally signed; false when the token does not start with one.
+bool parse_int(const char* begin, const char* end, int& out);
+
+// A read buffer of up to 1 MiB, no larger than the file needs.
+std::size_t buffer_size_for(FILE* fp);
+
+// White-space separated tokens from a stream through a 1 MiB window. A token is valid
+// until the next call.
+class token_reader
+{
+public:
+    explicit token_reader(FILE* fp) : fp_(fp), buffer_(buffer_size_for(fp)) {}
+
+    // Skips the rest of the current line, line end included.
+    void skip_line()
+    {
+        for (;;)
+        {
+            if (pos_ == end_ && !refill())
+                return;
+            const char* start = buffer_.data() + pos_;
+            const void* nl = std::memchr(start, '\n', end_ - pos_);
+            if (nl)
+            {
+                pos_ += static_cast<const char*>(nl) - start + 1;
+                return;
+            }
+            pos_ = end_;
+        }
+    }
+
+    // The next token; false at the end of the stream.
+    bool next(const char*& begin, const char*& end)
+    {
+        for (;;)
+        {
+            if (pos_ == end_ && !refill())
+                return false;
+            if (!is_space(buffer_[pos_]))
+                break;
+            ++pos_;
+        }
+        for (;;)
+        {
+            const char* start = buffer_.data() + pos_;
+            const char* stop = buffer_.data() + end_;
+            const char* p = start;
+            while (p != stop && !is_space(*p))
+                ++p;
+            if (p != stop || eof_ || (pos_ == 0 && end_ == buffer_.size()))
+            {
+                // A token longer than the window is cut there; no number is that long.
+                begin = start;
+                end = p;
+                pos_ += p - start;
+                return true;
+            }
+            if (!refill())
+                eof_ = true;
+        }
+    }
+
+    bool skip(int n)
+    {
+        const char *b, *e;
+        for (int i = 0; i < n; ++i)
+            if (!next(b, e))
+                return false;
+        return true;
+    }
+
+    bool read_floats(float* out, int n)
+    {
+        const char *b, *e;
+        for (int i = 0; i < n; ++i)
+            if (!next(b, e) || !parse_float(b, e, out[i]))
+                return false;
+        return true;
+    }
+
+private:
+    // Moves the unread bytes to the front and reads more; false when nothing was added.
+    bool refill()
+    {
+        if (eof_)
+            return false;
+        std::size_t keep = end_ - pos_;
+        std::memmove(buffer_.data(), buffer_.data() + pos_, keep);
+        pos_ = 0;
+        end_ = keep;
+        std::size_t got = std::fread(buffer_.data() + end_, 1, buffer_.size() - end_, fp_);
+        if (got == 0)
+        {
+            eof_ = true;
+            return false;
+        }
+        end_ += got;
+        return true;
+    }
+
+    FILE* fp_;
+    std::vector<char> buffer_;
+    std::size_t pos_ = 0;
+    std::size_t end_ = 0;
+    bool eof_ = false;
+};
+
+} // namespace ixo_mesh_files
