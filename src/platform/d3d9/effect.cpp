@@ -9,10 +9,24 @@
 
 #include <algorithm>
 #include <fstream>
+#include <limits>
 #include <sstream>
 
 namespace
 {
+
+// The int a float parameter reads back as: truncated toward zero and clamped to the int
+// range; NaN reads as 0. Positions far out (or infinite) are ordinary input here.
+int int_from_float(float f)
+{
+    if (!(f == f))
+        return 0;
+    if (f >= 2147483648.0f)
+        return std::numeric_limits<int>::max();
+    if (f <= -2147483648.0f)
+        return std::numeric_limits<int>::min();
+    return static_cast<int>(f);
+}
 
 // Texture units of effect samplers, above the fixed-function stages.
 constexpr GLuint k_first_unit = 8;
@@ -288,7 +302,7 @@ public:
         if (!p)
             return D3DERR_INVALIDCALL;
         p->f[0] = f;
-        p->i = static_cast<int>(f);
+        p->i = int_from_float(f);
         return changed(*p);
     }
     HRESULT GetFloat(D3DXHANDLE h, FLOAT* pf) override
@@ -305,7 +319,7 @@ public:
         if (!p || !v || p->type == GL_FLOAT_MAT4)
             return D3DERR_INVALIDCALL;
         p->f[0] = v->x, p->f[1] = v->y, p->f[2] = v->z, p->f[3] = v->w;
-        p->i = static_cast<int>(v->x);
+        p->i = int_from_float(v->x);
         return changed(*p);
     }
     HRESULT GetVector(D3DXHANDLE h, D3DXVECTOR4* v) override
