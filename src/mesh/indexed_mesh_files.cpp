@@ -3,12 +3,69 @@
 #include "indexed_mesh_files.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <sys/stat.h>
 
 namespace ixo_mesh_files
 {
+
+namespace
+{
+thread_local std::string last_failure;
+}
+
+void clear_failure()
+{
+    last_failure.clear();
+}
+
+std::string const& failure()
+{
+    return last_failure;
+}
+
+std::nullptr_t fail(std::string reason)
+{
+    last_failure = std::move(reason);
+    return nullptr;
+}
+
+std::string system_name(ixo_string const& name)
+{
+    std::vector<char> narrow(std::size_t(name.length()) * MB_CUR_MAX + 1);
+    if (narrow.size() < INT_MAX && name.to_single_byte(int(narrow.size()), narrow.data()))
+        return narrow.data();
+    return name.to_utf8();
+}
+
+file_handle::file_handle(ixo_string const& name, const char* mode)
+{
+    std::string path = system_name(name);
+    struct stat st;
+    if (path.empty())
+    {
+        why = "no file name";
+        return;
+    }
+    if (stat(path.c_str(), &st) != 0)
+    {
+        why = std::string("cannot open the file (") + std::strerror(errno) + ")";
+        return;
+    }
+    if (!S_ISREG(st.st_mode))
+    {
+        why = "not a regular file";
+        return;
+    }
+    fp = std::fopen(path.c_str(), mode);
+    if (!fp)
+        why = std::string("cannot open the file (") + std::strerror(errno) + ")";
+    size = st.st_size;
+}
 
 long long stream_size(FILE* fp)
 {
@@ -50,14 +107,23 @@ std::size_t buffer_size_for(FILE* fp)
 
 } // namespace ixo_mesh_files
 
+using namespace ixo_mesh_files;
+
 ixo_object_ptr<ixo_indexed_mesh> ixo_indexed_mesh::read_from_file(ixo_string const& name)
 {
-    if (name.length() < 4)
-        return nullptr;
-    ixo_string extension = name.right(4);
-    if (extension.compare_no_case(ixo_string(".ply")) == 0)
-        return read_from_ply_file(name);
-    if (extension.compare_no_case(ixo_string(".stl")) == 0)
-        return read_from_stl_file(name);
-    return nullptr;
+    if (name.length() >= 4)
+    {
+        ixo_string extension = name.right(4);
+        if (extension.compare_no_case(ixo_string(".ply")) == 0)
+            return read_from_ply_file(name);
+        if (extension.compare_no_case(ixo_string(".stl")) == 0)
+            return read_from_stl_file(name);
+    }
+    clear_failure();
+    return fail("the name ends neither in .stl nor in .ply");
+}
+
+ixo_string ixo_indexed_mesh::get_last_read_failure()
+{
+    return ixo_string::from_utf8(last_failure);
 }

@@ -4,9 +4,12 @@
 
 #include <ixocore/mesh/indexed_mesh.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
@@ -25,20 +28,43 @@ namespace ixo_mesh_files
 
 using vec3 = ixo_vector3<float>;
 
-// A file that is open and regular (directories, devices and sockets are refused).
+// Why the last read on this thread failed, for ixo_indexed_mesh::get_last_read_failure().
+// fail() records a reason and answers null, so a reader can `return fail(...)`.
+void clear_failure();
+std::nullptr_t fail(std::string reason);
+std::string const& failure();
+// Runs a reader, turning a failed allocation into its null result: counts are checked
+// against the file's size, but a sparse file is large on almost no disk.
+template <typename Read> ixo_object_ptr<ixo_indexed_mesh> guarded(Read&& read)
+{
+    clear_failure();
+    try
+    {
+        return read();
+    }
+    catch (std::bad_alloc const&)
+    {
+        return fail("not enough memory for the mesh");
+    }
+    catch (std::length_error const&)
+    {
+        return fail("not enough memory for the mesh");
+    }
+}
+
+// The name for the operating system: the current locale's multibyte form, or UTF-8 when
+// the name has no such form (a UTF-8 name under the "C" locale).
+std::string system_name(ixo_string const& name);
+
+// A file that is open and regular (directories, devices and sockets are refused); when
+// it is not, fp is null and `why` says what went wrong.
 struct file_handle
 {
     FILE* fp = nullptr;
     long long size = 0;
+    std::string why;
 
-    file_handle(std::string const& name, const char* mode)
-    {
-        struct stat st;
-        if (name.empty() || stat(name.c_str(), &st) != 0 || !S_ISREG(st.st_mode))
-            return;
-        fp = std::fopen(name.c_str(), mode);
-        size = st.st_size;
-    }
+    file_handle(ixo_string const& name, const char* mode);
     ~file_handle()
     {
         if (fp)
@@ -121,6 +147,56 @@ public:
                 eof_ = true;
         }
     }
+
+    // The next token when it is on the current line (a CR or LF comes first otherwise).
+    bool next_on_line(const char*& begin, const char*& end)
+    {
+        for (;;)
+        {
+            if (pos_ == end_ && !refill())
+                return false;
+            char c = buffer_[pos_];
+            if (c == '\n' || c == '\r')
+                return false;
+            if (!is_space(c))
+                return next(begin, end);
+            ++pos_;
+        }
+    }
+
+    // Appends the rest of the current line, without its LF, to `line` until it holds
+    // `limit` bytes. 1 when the line's end (or the stream's) was reached, 0 when the limit
+    // stopped it, -1 when the stream had ended before.
+    int append_line(std::string& line, std::size_t limit)
+    {
+        if (pos_ == end_ && !refill())
+            return -1;
+        for (;;)
+        {
+            const char* start = buffer_.data() + pos_;
+            const void* nl = std::memchr(start, '\n', end_ - pos_);
+            std::size_t take = nl ? std::size_t(static_cast<const char*>(nl) - start) : end_ - pos_;
+            if (take >= limit - line.size())
+            {
+                take = limit - line.size();
+                line.append(start, take);
+                pos_ += take;
+                return 0;
+            }
+            line.append(start, take);
+            pos_ += take;
+            if (nl)
+            {
+                ++pos_;
+                return 1;
+            }
+            if (!refill())
+                return 1;
+        }
+    }
+
+    // Makes the token last returned, starting at `begin`, the next one again.
+    void put_back(const char* begin) { pos_ = std::size_t(begin - buffer_.data()); }
 
     bool skip(int n)
     {

@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <memory>
 #include <new>
+#include <string>
 
 using namespace ixo_mesh_files;
 
@@ -23,9 +25,19 @@ struct ply_context
     unsigned int first = 0;
     unsigned int previous = 0;
     long corners = 0;
+    // Set when a callback refused the file and said why.
+    bool refused = false;
 };
 
-void ignore_ply_message(p_ply, const char*) {}
+// RPly's reasons become the reader's, unless a callback has given its own.
+void keep_ply_message(p_ply ply, const char* message)
+{
+    void* data = nullptr;
+    if (ply && ply_get_ply_user_data(ply, &data, nullptr) && data &&
+        static_cast<ply_context*>(data)->refused)
+        return;
+    fail(std::string("PLY ") + message);
+}
 
 int on_ply_vertex(p_ply_argument argument)
 {
@@ -35,8 +47,13 @@ int on_ply_vertex(p_ply_argument argument)
     auto* context = static_cast<ply_context*>(data);
     std::size_t& next = context->next_vertex[axis];
     if (next < context->vertex_count)
-        ixo_mesh_builder::vertices(*context->mesh)[next].position[int(axis)] =
-            static_cast<float>(ply_get_argument_value(argument));
+    {
+        // The array grows with the vertices read, not with the count the header claims.
+        auto& vertices = ixo_mesh_builder::vertices(*context->mesh);
+        if (next >= vertices.size())
+            vertices.resize(next + 1, ixo_mesh_vertex(vec3(0, 0, 0), vec3(0, 0, 0)));
+        vertices[next].position[int(axis)] = static_cast<float>(ply_get_argument_value(argument));
+    }
     ++next;
     return 1;
 }
@@ -56,7 +73,17 @@ int on_ply_face(p_ply_argument argument)
     }
     double value = ply_get_argument_value(argument);
     if (!(value >= 0) || value >= double(context->vertex_count) || value != std::floor(value))
-        return 0; // an index outside the vertex array: the file is refused
+    {
+        long face = 0;
+        p_ply_element element = nullptr;
+        ply_get_argument_element(argument, &element, &face);
+        context->refused = true;
+        char number[32];
+        std::snprintf(number, sizeof number, "%.17g", value);
+        fail("PLY face " + std::to_string(face + 1) + " names vertex " + number + " of " +
+             std::to_string(context->vertex_count));
+        return 0;
+    }
     unsigned int index = static_cast<unsigned int>(value);
     if (context->corners == 0)
         context->first = index;
@@ -76,45 +103,52 @@ int on_ply_face(p_ply_argument argument)
 
 ixo_object_ptr<ixo_indexed_mesh> ixo_indexed_mesh::read_from_ply_file(ixo_string const& name)
 {
-    std::string path = name.to_utf8();
-    struct stat st;
-    if (path.empty() || stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode))
-        return nullptr;
-    // Closed on every way out, exceptions included.
-    std::unique_ptr<t_ply_, int (*)(p_ply)> ply(
-        ply_open(path.c_str(), ignore_ply_message, 0, nullptr), ply_close);
-    if (!ply || !ply_read_header(ply.get()))
-        return nullptr;
-    ixo_object_ptr<ixo_indexed_mesh> mesh = create_empty();
-    ply_context context;
-    context.mesh = mesh.get();
-    long const vertices = ply_set_read_cb(ply.get(), "vertex", "x", on_ply_vertex, &context, 0);
-    long const ys = ply_set_read_cb(ply.get(), "vertex", "y", on_ply_vertex, &context, 1);
-    long const zs = ply_set_read_cb(ply.get(), "vertex", "z", on_ply_vertex, &context, 2);
-    // Without all three coordinates there is no mesh; with them every vertex holds at least
-    // three bytes of the file, so the vertex array stays within 8 times the file's size.
-    if (vertices == 0 || ys == 0 || zs == 0)
-        return nullptr;
-    long faces = ply_set_read_cb(ply.get(), "face", "vertex_indices", on_ply_face, &context, 0);
-    if (faces == 0)
-        faces = ply_set_read_cb(ply.get(), "face", "vertex_index", on_ply_face, &context, 0);
-    try
-    {
-        // The header has checked that the file holds data for these counts.
-        context.vertex_count = std::size_t(vertices);
-        mesh->vertices_.assign(context.vertex_count, ixo_mesh_vertex(vec3(0, 0, 0), vec3(0, 0, 0)));
-        // A face of zero corners takes one byte: reserve only what triangles of at least
-        // four bytes each could fill; anything beyond grows as it is read.
-        std::size_t const triangles = std::min(std::size_t(faces), std::size_t(st.st_size) / 4);
-        mesh->indices_.reserve(triangles * 3);
-        if (!ply_read(ply.get()))
-            return nullptr;
-    }
-    catch (const std::bad_alloc&)
-    {
-        return nullptr;
-    }
-    mesh->indices_.shrink_to_fit();
-    mesh->make_normals_from_positions();
-    return mesh;
+    return guarded(
+        [&]() -> ixo_object_ptr<ixo_indexed_mesh>
+        {
+            std::string path;
+            long long size = 0;
+            {
+                file_handle file(name, "rb");
+                if (!file.fp)
+                    return fail(file.why);
+                path = system_name(name);
+                size = file.size;
+            }
+            ply_context context;
+            // Closed on every way out, exceptions included.
+            std::unique_ptr<t_ply_, int (*)(p_ply)> ply(
+                ply_open(path.c_str(), keep_ply_message, 0, &context), ply_close);
+            if (!ply || !ply_read_header(ply.get()))
+                return nullptr;
+            ixo_object_ptr<ixo_indexed_mesh> mesh = create_empty();
+            context.mesh = mesh.get();
+            long const vertices =
+                ply_set_read_cb(ply.get(), "vertex", "x", on_ply_vertex, &context, 0);
+            long const ys = ply_set_read_cb(ply.get(), "vertex", "y", on_ply_vertex, &context, 1);
+            long const zs = ply_set_read_cb(ply.get(), "vertex", "z", on_ply_vertex, &context, 2);
+            if (vertices == 0 || ys == 0 || zs == 0)
+                return fail("PLY file without element \"vertex\" and its properties x, y and z");
+            long faces =
+                ply_set_read_cb(ply.get(), "face", "vertex_indices", on_ply_face, &context, 0);
+            if (faces == 0)
+                faces =
+                    ply_set_read_cb(ply.get(), "face", "vertex_index", on_ply_face, &context, 0);
+            context.vertex_count = std::size_t(vertices);
+            // The header has checked the counts against the file's size, but a sparse file
+            // is large on almost no disk: reserve at most a million of each, and let the
+            // arrays grow with what is read. A face of zero corners takes one byte, so
+            // triangles of at least four bytes each bound the faces.
+            mesh->vertices_.reserve(std::min<std::size_t>(context.vertex_count, 1 << 20));
+            std::size_t const triangles =
+                std::min({std::size_t(faces), std::size_t(size) / 4, std::size_t(1) << 20});
+            mesh->indices_.reserve(triangles * 3);
+            if (!ply_read(ply.get()))
+                return nullptr;
+            mesh->vertices_.resize(context.vertex_count,
+                                   ixo_mesh_vertex(vec3(0, 0, 0), vec3(0, 0, 0)));
+            mesh->indices_.shrink_to_fit();
+            mesh->make_normals_from_positions();
+            return mesh;
+        });
 }

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
+#include <string>
 #include <string_view>
 
 using namespace ixo_mesh_files;
@@ -104,7 +106,7 @@ private:
 
 // Scans the whole stream once: whether it holds a byte of 127 or more (then it is binary
 // STL) and, for text, how many lines hold at least four characters before their line end
-
+// (a CR before the LF does not count). Leaves the stream at its start.
 struct stl_scan
 {
     bool binary = false;
@@ -146,55 +148,72 @@ stl_scan scan_stl(FILE* fp)
     return result;
 }
 
-// White-space separated tokens from a stream through a 1 MiB window. A token is valid
+bool word_is(const char* begin, const char* end, std::string_view word)
+{
+    return std::string_view(begin, std::size_t(end - begin)) == word;
+}
+
+// Skips the name after "solid" or "endsolid": the rest of its line or, in a file written
+// on one line, everything up to one of the `stops` keywords.
+void skip_name(token_reader& tokens, std::initializer_list<std::string_view> stops)
+{
+    const char *b, *e;
+    while (tokens.next_on_line(b, e))
+        for (std::string_view stop : stops)
+            if (word_is(b, e, stop))
+                return tokens.put_back(b);
+}
 
 ixo_object_ptr<ixo_indexed_mesh> parse_stl_ascii(FILE* fp, long long long_lines)
 {
-    // Seven lines per facet; the solid's opening and closing lines fall away in the rounding.
-    long long facets = long_lines / 7;
+    // Seven lines per facet: a size hint only, as the lines may be joined or blank.
+    std::size_t const hint = std::size_t(std::min<long long>(long_lines / 7, 1 << 20));
     ixo_object_ptr<ixo_indexed_mesh> mesh = ixo_mesh_builder::create();
     auto& vertices = ixo_mesh_builder::vertices(*mesh);
     auto& indices = ixo_mesh_builder::indices(*mesh);
-    indices.reserve(std::size_t(facets) * 3);
-    vertex_merger merger(vertices, std::size_t(facets) / 2 + 3);
+    indices.reserve(hint * 3);
+    vertex_merger merger(vertices, hint / 2 + 3);
     token_reader tokens(fp);
-    tokens.skip_line();
-    // The line count can only overestimate the facets (blank lines, several solids), so
-    // the end of the stream between facets ends the mesh.
-    for (long long f = 0; f < facets;)
+    const char* word = nullptr;
+    const char* word_end = nullptr;
+    if (tokens.next(word, word_end))
     {
-        const char* word = nullptr;
-        const char* word_end = nullptr;
+        if (word_is(word, word_end, "solid"))
+            skip_name(tokens, {"facet", "endsolid"});
+        else
+            tokens.skip_line();
+    }
+    for (long long facet = 1;; ++facet)
+    {
         if (!tokens.next(word, word_end))
             break;
         // "endsolid name" and, in files of several solids, "solid name" between facets.
-        if (std::string_view(word, std::size_t(word_end - word)) == "endsolid")
+        if (word_is(word, word_end, "endsolid"))
         {
-            tokens.skip_line();
+            skip_name(tokens, {"solid"});
             if (!tokens.next(word, word_end))
                 break;
-            if (std::string_view(word, std::size_t(word_end - word)) != "solid")
-                return nullptr;
-            tokens.skip_line();
+            if (!word_is(word, word_end, "solid"))
+                return fail("ASCII STL: something other than a solid follows \"endsolid\"");
+            skip_name(tokens, {"facet", "endsolid"});
+            --facet;
             continue;
         }
-        ++f;
         float normal[3];
         float corners[9];
         // facet normal nx ny nz / outer loop / vertex x y z (three times) / endloop endfacet
-        if (!tokens.skip(1) || !tokens.read_floats(normal, 3) || !tokens.skip(2))
-            return nullptr;
-        for (int k = 0; k < 3; ++k)
-            if (!tokens.skip(1) || !tokens.read_floats(corners + 3 * k, 3))
-                return nullptr;
-        if (!tokens.skip(2))
-            return nullptr;
+        bool complete = tokens.skip(1) && tokens.read_floats(normal, 3) && tokens.skip(2);
+        for (int k = 0; k < 3 && complete; ++k)
+            complete = tokens.skip(1) && tokens.read_floats(corners + 3 * k, 3);
+        if (!complete || !tokens.skip(2))
+            return fail("ASCII STL facet " + std::to_string(facet) +
+                        " is incomplete or holds something other than a number");
         vec3 n(normal[0], normal[1], normal[2]);
         for (int k = 0; k < 3; ++k)
             indices.push_back(merger.add(corners + 3 * k, n));
     }
     if (std::ferror(fp))
-        return nullptr;
+        return fail("the file cannot be read to its end");
     merger.finish();
     return mesh;
 }
@@ -208,29 +227,70 @@ float little_endian_float(const unsigned char* p)
     return f;
 }
 
+// What the first bytes say about the other form: whether the size is exactly that of a
+// binary file with the facet count at bytes 80..83, and whether the first word is "solid".
+struct stl_fit
+{
+    bool binary = false;
+    bool ascii = false;
+};
+
+stl_fit stl_fits(FILE* fp, long long size)
+{
+    stl_fit fit;
+    unsigned char head[84];
+    std::size_t got = std::fread(head, 1, sizeof head, fp);
+    std::rewind(fp);
+    if (got == sizeof head)
+    {
+        std::uint32_t facets = std::uint32_t(head[80]) | std::uint32_t(head[81]) << 8 |
+                               std::uint32_t(head[82]) << 16 | std::uint32_t(head[83]) << 24;
+        fit.binary = size == 84 + 50 * static_cast<long long>(facets);
+    }
+    std::size_t i = 0;
+    while (i < got && is_space(char(head[i])))
+        ++i;
+    fit.ascii = got - i >= 5 && std::memcmp(head + i, "solid", 5) == 0 &&
+                (got - i == 5 || is_space(char(head[i + 5])));
+    return fit;
+}
+
 } // namespace
 
 ixo_object_ptr<ixo_indexed_mesh> ixo_indexed_mesh::read_from_stl_file(ixo_string const& name)
 {
-    std::string path = name.to_utf8();
-    file_handle file(path, "r");
-    if (!file.fp)
-        return nullptr;
-    stl_scan scan = scan_stl(file.fp);
-    if (std::ferror(file.fp))
-        return nullptr;
-    if (!scan.binary)
-        return parse_stl_ascii(file.fp, scan.long_lines);
-    file_handle binary(path, "rb");
-    if (!binary.fp)
-        return nullptr;
-    return read_from_stl_binary(binary.fp);
+    return guarded(
+        [&]() -> ixo_object_ptr<ixo_indexed_mesh>
+        {
+            file_handle file(name, "r");
+            if (!file.fp)
+                return fail(file.why);
+            stl_scan scan = scan_stl(file.fp);
+            if (std::ferror(file.fp))
+                return fail("the file cannot be read to its end");
+            stl_fit fit = stl_fits(file.fp, file.size);
+            // The form the content suggests first; when it fails, the other where the
+            // file fits it. The first form's reason is the one that stays.
+            ixo_object_ptr<ixo_indexed_mesh> mesh = scan.binary
+                                                        ? read_from_stl_binary(file.fp)
+                                                        : parse_stl_ascii(file.fp, scan.long_lines);
+            if (mesh || (scan.binary ? !fit.ascii : !fit.binary))
+                return mesh;
+            std::string first = failure();
+            std::rewind(file.fp);
+            mesh = scan.binary ? parse_stl_ascii(file.fp, 0) : read_from_stl_binary(file.fp);
+            if (mesh)
+                clear_failure();
+            else
+                fail(first);
+            return mesh;
+        });
 }
 
 ixo_object_ptr<ixo_indexed_mesh> ixo_indexed_mesh::read_from_stl_ascii(FILE* file)
 {
     if (!file)
-        return nullptr;
+        return fail("no stream");
     stl_scan scan = scan_stl(file);
     return parse_stl_ascii(file, scan.long_lines);
 }
@@ -238,20 +298,26 @@ ixo_object_ptr<ixo_indexed_mesh> ixo_indexed_mesh::read_from_stl_ascii(FILE* fil
 ixo_object_ptr<ixo_indexed_mesh> ixo_indexed_mesh::read_from_stl_binary(FILE* file)
 {
     if (!file)
-        return nullptr;
+        return fail("no stream");
     unsigned char header[84];
     if (std::fread(header, 1, 84, file) != 84)
-        return nullptr;
+        return fail("binary STL shorter than its 84-byte header");
     std::uint32_t facets = std::uint32_t(header[80]) | std::uint32_t(header[81]) << 8 |
                            std::uint32_t(header[82]) << 16 | std::uint32_t(header[83]) << 24;
     // The count must be backed by data before any array is sized from it.
     long long size = stream_size(file);
-    if (size < 0 || 84 + 50 * static_cast<long long>(facets) > size)
-        return nullptr;
+    long long needed = 84 + 50 * static_cast<long long>(facets);
+    if (size < 0 || needed > size)
+        return fail("binary STL claims " + std::to_string(facets) + " facets (" +
+                    std::to_string(needed) + " bytes) but the file holds " + std::to_string(size) +
+                    " bytes");
 
     ixo_object_ptr<ixo_indexed_mesh> mesh = create_empty();
-    mesh->indices_.reserve(std::size_t(facets) * 3);
-    vertex_merger merger(mesh->vertices_, std::size_t(facets) / 2 + 3);
+    // A sparse file backs any count with holes: the arrays start at most a million facets
+    // large and grow with what is read.
+    std::size_t const hint = std::min<std::size_t>(facets, 1 << 20);
+    mesh->indices_.reserve(hint * 3);
+    vertex_merger merger(mesh->vertices_, hint / 2 + 3);
     constexpr std::size_t block_facets = 4096;
     std::vector<unsigned char> block(block_facets * 50);
     std::uint32_t done = 0;
@@ -259,7 +325,7 @@ ixo_object_ptr<ixo_indexed_mesh> ixo_indexed_mesh::read_from_stl_binary(FILE* fi
     {
         std::size_t n = std::min<std::size_t>(facets - done, block_facets);
         if (std::fread(block.data(), 50, n, file) != n)
-            return nullptr;
+            return fail("binary STL ends inside facet " + std::to_string(done + 1));
         for (std::size_t f = 0; f < n; ++f)
         {
             const unsigned char* p = block.data() + 50 * f;

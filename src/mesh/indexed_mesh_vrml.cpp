@@ -2,7 +2,12 @@
 
 #include "indexed_mesh_files.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstring>
+#include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 using namespace ixo_mesh_files;
@@ -10,38 +15,62 @@ using namespace ixo_mesh_files;
 namespace
 {
 
-constexpr int vrml_line_size = 1024;
-
-// Lines as fgets(buffer, 1024, file) returns them: at most 1,023 bytes, a longer line
-// continuing in the next call.
+// Lines read whole, without their line end and with NUL bytes read as spaces, so that a
+// number is never cut in two. Only a line longer than max_line is cut, after its last
+// separator before that length (no number is that long), the rest coming as the next line.
 class vrml_lines
 {
 public:
-    explicit vrml_lines(FILE* fp) : fp_(fp) {}
+    static constexpr std::size_t max_line = std::size_t(16) << 20;
+
+    explicit vrml_lines(FILE* fp) : tokens_(std::in_place, fp) {}
     explicit vrml_lines(const char* text) : text_(text) {}
 
     const char* next()
     {
-        if (fp_)
-            return std::fgets(line_, vrml_line_size, fp_);
-        if (!text_ || *text_ == '\0')
+        line_.swap(rest_);
+        rest_.clear();
+        int read = tokens_ ? tokens_->append_line(line_, max_line) : append_text_line();
+        if (read < 0 && line_.empty())
             return nullptr;
-        int n = 0;
-        while (n < vrml_line_size - 1 && text_[n] != '\0')
+        if (read == 0)
         {
-            line_[n] = text_[n];
-            if (text_[n++] == '\n')
-                break;
+            std::size_t cut = line_.find_last_of(" \t\r,");
+            if (cut != std::string::npos && cut > 0)
+            {
+                rest_.assign(line_, cut + 1, std::string::npos);
+                line_.resize(cut + 1);
+            }
         }
-        line_[n] = '\0';
-        text_ += n;
-        return line_;
+        std::replace(line_.begin(), line_.end(), '\0', ' ');
+        return line_.c_str();
     }
 
 private:
-    FILE* fp_ = nullptr;
+    // append_line() on the text in memory.
+    int append_text_line()
+    {
+        if (!text_ || *text_ == '\0')
+            return -1;
+        std::size_t take = std::strcspn(text_, "\n");
+        if (take >= max_line - line_.size())
+        {
+            take = max_line - line_.size();
+            line_.append(text_, take);
+            text_ += take;
+            return 0;
+        }
+        line_.append(text_, take);
+        text_ += take;
+        if (*text_ == '\n')
+            ++text_;
+        return 1;
+    }
+
+    std::optional<token_reader> tokens_;
     const char* text_ = nullptr;
-    char line_[vrml_line_size];
+    std::string line_;
+    std::string rest_;
 };
 
 struct vrml_section
@@ -315,16 +344,17 @@ void append_section(ixo_indexed_mesh& mesh, vrml_section const& s, bool flip_nor
 ixo_object_ptr<ixo_indexed_mesh> read_vrml(vrml_lines& lines, int wanted, bool flip_normals)
 {
     ixo_object_ptr<ixo_indexed_mesh> mesh = ixo_mesh_builder::create();
-    bool found = false;
+    int sections = 0;
     vrml_parser parser;
     parser.run(lines, wanted,
                [&](vrml_section const& section)
                {
-                   found = true;
+                   ++sections;
                    append_section(*mesh, section, flip_normals);
                });
-    if (wanted >= 0 && !found)
-        return nullptr;
+    if (wanted >= 0 && sections == 0)
+        return fail("VRML file without section " + std::to_string(wanted) +
+                    " (sections start at lines holding \"Material {\", counted from 0)");
     return mesh;
 }
 
@@ -332,44 +362,64 @@ ixo_object_ptr<ixo_indexed_mesh> read_vrml(vrml_lines& lines, int wanted, bool f
 
 int ixo_indexed_mesh::calculate_meshes_in_vrml_file(ixo_string const& name)
 {
-    file_handle file(name.to_utf8(), "r");
-    if (!file.fp)
-        return 0;
-    vrml_lines lines(file.fp);
-    int count = 0;
-    while (const char* line = lines.next())
-        if (std::strstr(line, "Material {"))
-            ++count;
-    return count;
+    clear_failure();
+    try
+    {
+        file_handle file(name, "r");
+        if (!file.fp)
+            return fail(file.why), 0;
+        vrml_lines lines(file.fp);
+        int count = 0;
+        while (const char* line = lines.next())
+            if (std::strstr(line, "Material {") && count < INT_MAX)
+                ++count;
+        return count;
+    }
+    catch (std::bad_alloc const&)
+    {
+        return fail("not enough memory for the mesh"), 0;
+    }
 }
 
 ixo_object_ptr<ixo_indexed_mesh> ixo_indexed_mesh::read_from_vrml_file(ixo_string const& name,
                                                                        int index)
 {
-    if (index < 0)
-        return nullptr;
-    file_handle file(name.to_utf8(), "r");
-    if (!file.fp)
-        return nullptr;
-    vrml_lines lines(file.fp);
-    return read_vrml(lines, index, false);
+    return guarded(
+        [&]() -> ixo_object_ptr<ixo_indexed_mesh>
+        {
+            if (index < 0)
+                return fail("a negative VRML section number");
+            file_handle file(name, "r");
+            if (!file.fp)
+                return fail(file.why);
+            vrml_lines lines(file.fp);
+            return read_vrml(lines, index, false);
+        });
 }
 
 ixo_object_ptr<ixo_indexed_mesh>
 ixo_indexed_mesh::read_all_meshes_from_vrml_file(ixo_string const& name, bool flip_normals)
 {
-    file_handle file(name.to_utf8(), "r");
-    if (!file.fp)
-        return nullptr;
-    vrml_lines lines(file.fp);
-    return read_vrml(lines, -1, flip_normals);
+    return guarded(
+        [&]() -> ixo_object_ptr<ixo_indexed_mesh>
+        {
+            file_handle file(name, "r");
+            if (!file.fp)
+                return fail(file.why);
+            vrml_lines lines(file.fp);
+            return read_vrml(lines, -1, flip_normals);
+        });
 }
 
 ixo_object_ptr<ixo_indexed_mesh>
 ixo_indexed_mesh::read_all_meshes_from_vrml_file_buffer(char** buffer, bool flip_normals)
 {
-    if (!buffer || !*buffer)
-        return nullptr;
-    vrml_lines lines(static_cast<const char*>(*buffer));
-    return read_vrml(lines, -1, flip_normals);
+    return guarded(
+        [&]() -> ixo_object_ptr<ixo_indexed_mesh>
+        {
+            if (!buffer || !*buffer)
+                return fail("no text");
+            vrml_lines lines(static_cast<const char*>(*buffer));
+            return read_vrml(lines, -1, flip_normals);
+        });
 }
