@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace ixo_mesh_files
 {
@@ -34,24 +35,28 @@ std::nullptr_t fail(std::string reason)
     return nullptr;
 }
 
-std::string system_name(ixo_string const& name)
-{
-    std::vector<char> narrow(std::size_t(name.length()) * MB_CUR_MAX + 1);
-    if (narrow.size() < INT_MAX && name.to_single_byte(int(narrow.size()), narrow.data()))
-        return narrow.data();
-    return name.to_utf8();
-}
-
 file_handle::file_handle(ixo_string const& name, const char* mode)
 {
-    std::string path = system_name(name);
+    // The locale's form first; a name that is not found there (a UTF-8 name under the "C"
+    // locale) is looked for in UTF-8.
+    std::string utf8 = name.to_utf8();
+    std::vector<char> narrow(std::size_t(name.length()) * MB_CUR_MAX + 1);
+    path = narrow.size() < INT_MAX && name.to_single_byte(int(narrow.size()), narrow.data())
+               ? narrow.data()
+               : utf8;
     struct stat st;
     if (path.empty())
     {
         why = "no file name";
         return;
     }
-    if (stat(path.c_str(), &st) != 0)
+    int found = stat(path.c_str(), &st);
+    if (found != 0 && path != utf8)
+    {
+        path = utf8;
+        found = stat(path.c_str(), &st);
+    }
+    if (found != 0)
     {
         why = std::string("cannot open the file (") + std::strerror(errno) + ")";
         return;
@@ -63,8 +68,39 @@ file_handle::file_handle(ixo_string const& name, const char* mode)
     }
     fp = std::fopen(path.c_str(), mode);
     if (!fp)
+    {
         why = std::string("cannot open the file (") + std::strerror(errno) + ")";
-    size = st.st_size;
+        return;
+    }
+    size = stream_size(fp);
+}
+
+long long data_size(int fd, long long size)
+{
+    // Holes read as zeros but back no count: only the extents that hold data are summed.
+    // The stream's offset is put back; a file system without SEEK_DATA counts in full.
+    off_t const here = lseek(fd, 0, SEEK_CUR);
+    if (here < 0)
+        return size;
+    long long data = 0;
+    off_t pos = 0;
+    for (int extents = 0; pos < size; ++extents)
+    {
+        off_t start = extents < 4096 ? lseek(fd, pos, SEEK_DATA) : -1;
+        if (start < 0)
+        {
+            if (errno != ENXIO)
+                data += size - pos; // no answer: the rest counts as data
+            break;
+        }
+        off_t stop = lseek(fd, start, SEEK_HOLE);
+        if (stop < 0)
+            stop = off_t(size);
+        data += stop - start;
+        pos = stop;
+    }
+    lseek(fd, here, SEEK_SET);
+    return std::min(data, size);
 }
 
 long long stream_size(FILE* fp)
@@ -72,7 +108,7 @@ long long stream_size(FILE* fp)
     struct stat st;
     if (!fp || fstat(fileno(fp), &st) != 0 || !S_ISREG(st.st_mode))
         return -1;
-    return st.st_size;
+    return data_size(fileno(fp), st.st_size);
 }
 
 bool parse_float(const char* begin, const char* end, float& out)

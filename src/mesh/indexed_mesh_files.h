@@ -52,16 +52,15 @@ template <typename Read> ixo_object_ptr<ixo_indexed_mesh> guarded(Read&& read)
     }
 }
 
-// The name for the operating system: the current locale's multibyte form, or UTF-8 when
-// the name has no such form (a UTF-8 name under the "C" locale).
-std::string system_name(ixo_string const& name);
-
 // A file that is open and regular (directories, devices and sockets are refused); when
-// it is not, fp is null and `why` says what went wrong.
+// it is not, fp is null and `why` says what went wrong. The name goes to the operating
+// system in the current locale's multibyte form, or in UTF-8 when it has no such form or
+// names no file in it.
 struct file_handle
 {
     FILE* fp = nullptr;
-    long long size = 0;
+    std::string path;   // the name as it was opened
+    long long size = 0; // stream_size(fp)
     std::string why;
 
     file_handle(ixo_string const& name, const char* mode);
@@ -74,7 +73,8 @@ struct file_handle
     file_handle& operator=(file_handle const&) = delete;
 };
 
-// The size of the regular file behind a stream; -1 for anything else.
+// The bytes of data in the regular file behind a stream: its size less its holes (a
+// sparse file is large on almost no disk); -1 for anything else.
 long long stream_size(FILE* fp);
 
 inline bool is_space(char c)

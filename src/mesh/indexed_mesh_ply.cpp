@@ -112,7 +112,7 @@ ixo_object_ptr<ixo_indexed_mesh> ixo_indexed_mesh::read_from_ply_file(ixo_string
                 file_handle file(name, "rb");
                 if (!file.fp)
                     return fail(file.why);
-                path = system_name(name);
+                path = file.path;
                 size = file.size;
             }
             ply_context context;

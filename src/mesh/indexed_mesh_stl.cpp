@@ -274,16 +274,19 @@ ixo_object_ptr<ixo_indexed_mesh> ixo_indexed_mesh::read_from_stl_file(ixo_string
             ixo_object_ptr<ixo_indexed_mesh> mesh = scan.binary
                                                         ? read_from_stl_binary(file.fp)
                                                         : parse_stl_ascii(file.fp, scan.long_lines);
-            if (mesh || (scan.binary ? !fit.ascii : !fit.binary))
+            // Text that names no facet may be a binary file whose bytes all stay below 127.
+            bool other =
+                scan.binary ? !mesh && fit.ascii : fit.binary && (!mesh || mesh->indices_.empty());
+            if (!other)
                 return mesh;
-            std::string first = failure();
+            ixo_object_ptr<ixo_indexed_mesh> first = mesh;
+            std::string why = failure();
             std::rewind(file.fp);
             mesh = scan.binary ? parse_stl_ascii(file.fp, 0) : read_from_stl_binary(file.fp);
-            if (mesh)
-                clear_failure();
-            else
-                fail(first);
-            return mesh;
+            if (!mesh && !first)
+                return fail(why);
+            clear_failure();
+            return mesh ? mesh : first;
         });
 }
 

@@ -6,6 +6,7 @@
 #include <ixocore/platform/rply.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
@@ -13,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 struct t_ply_property_
@@ -364,6 +366,34 @@ bool counts_fit_file(p_ply ply, std::string& message)
     return true;
 }
 
+// The bytes of a file that hold data: its size less its holes, which read as zeros but
+// back no count. The descriptor's offset is put back.
+long long data_size(int fd, long long size)
+{
+    off_t const here = lseek(fd, 0, SEEK_CUR);
+    if (here < 0)
+        return size;
+    long long data = 0;
+    off_t pos = 0;
+    for (int extents = 0; pos < size; ++extents)
+    {
+        off_t start = extents < 4096 ? lseek(fd, pos, SEEK_DATA) : -1;
+        if (start < 0)
+        {
+            if (errno != ENXIO)
+                data += size - pos; // no answer: the rest counts as data
+            break;
+        }
+        off_t stop = lseek(fd, start, SEEK_HOLE);
+        if (stop < 0)
+            stop = off_t(size);
+        data += stop - start;
+        pos = stop;
+    }
+    lseek(fd, here, SEEK_SET);
+    return std::min(data, size);
+}
+
 p_ply make_ply(FILE* fp, bool own, p_ply_error_cb error_cb, long idata, void* pdata)
 {
     auto* ply = new t_ply_;
@@ -377,8 +407,8 @@ p_ply make_ply(FILE* fp, bool own, p_ply_error_cb error_cb, long idata, void* pd
     long here = std::ftell(fp);
     if (fstat(fileno(fp), &st) == 0 && S_ISREG(st.st_mode) && here >= 0)
     {
-        ply->file_size = static_cast<long long>(st.st_size);
-        ply->unread_in_file = ply->file_size - here;
+        ply->file_size = data_size(fileno(fp), static_cast<long long>(st.st_size));
+        ply->unread_in_file = std::max(0LL, ply->file_size - here);
     }
     return ply;
 }
