@@ -65,9 +65,12 @@ struct t_ply_
     std::size_t pos = 0;
     std::size_t end = 0;
     bool eof = false;
-    // Bytes of the file not yet pulled into the buffer, and its size; -1 when unknown.
+    // Bytes of the file not yet pulled into the buffer, and the bytes of data it holds;
+    // -1 when unknown.
     long long unread_in_file = -1;
     long long file_size = -1;
+    // Bytes of the file in holes: they read as zeros but back no count.
+    long long hole_bytes = 0;
 
     t_ply_argument_ argument;
 };
@@ -342,7 +345,8 @@ bool counts_fit_file(p_ply ply, std::string& message)
 {
     if (ply->unread_in_file < 0)
         return true;
-    long long available = ply->unread_in_file + static_cast<long long>(ply->end - ply->pos);
+    long long available =
+        ply->unread_in_file + static_cast<long long>(ply->end - ply->pos) - ply->hole_bytes;
     // The last ascii value needs no separator.
     long double needed = ply->storage == PLY_ASCII ? -1 : 0;
     for (auto const& e : ply->elements)
@@ -407,8 +411,9 @@ p_ply make_ply(FILE* fp, bool own, p_ply_error_cb error_cb, long idata, void* pd
     long here = std::ftell(fp);
     if (fstat(fileno(fp), &st) == 0 && S_ISREG(st.st_mode) && here >= 0)
     {
+        ply->unread_in_file = static_cast<long long>(st.st_size) - here;
         ply->file_size = data_size(fileno(fp), static_cast<long long>(st.st_size));
-        ply->unread_in_file = std::max(0LL, ply->file_size - here);
+        ply->hole_bytes = static_cast<long long>(st.st_size) - ply->file_size;
     }
     return ply;
 }
