@@ -1,8 +1,10 @@
 #pragma once
 // Hands fuzz input to readers that take a file name: the bytes go into an anonymous
-// in-memory file that is reachable through /proc/self/fd.
+// in-memory file that is reachable through /proc/self/fd. check_read() holds what every
+// mesh reader's result must satisfy.
 
 #include <ixocore/core/string.h>
+#include <ixocore/mesh/indexed_mesh.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -44,3 +46,20 @@ private:
     int fd_ = -1;
     std::string path_;
 };
+
+// A null result always says why; a mesh leaves no reason behind. The vertex-cache
+// optimisation keeps every index inside the vertex array.
+inline void check_read(ixo_object_ptr<ixo_indexed_mesh> const& mesh)
+{
+    if (mesh ? ixo_indexed_mesh::get_last_read_failure().length() != 0
+             : ixo_indexed_mesh::get_last_read_failure().length() == 0)
+        __builtin_trap();
+    if (!mesh)
+        return;
+    if (!mesh->has_valid_indices())
+        __builtin_trap(); // the reader must only produce indices inside its vertex array
+    unsigned int indices = mesh->get_num_indices();
+    mesh->optimize_buffers();
+    if (!mesh->has_valid_indices() || mesh->get_num_indices() != indices)
+        __builtin_trap();
+}

@@ -15,9 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz_file file(data, size);
     if (!file.ok())
         return 0;
-    auto mesh = ixo_indexed_mesh::read_from_ply_file(file.name());
-    if (mesh && !mesh->has_valid_indices())
-        __builtin_trap();
+    check_read(ixo_indexed_mesh::read_from_ply_file(file.name()));
 
     // The header enumeration of the PLY layer itself.
     if (p_ply ply = ply_open(file.path().c_str(), quiet, 0, nullptr))

@@ -100,6 +100,8 @@ int render(const scene_desc& described, const std::string& scene_name, const std
             break;
         }
         std::printf("%s\n", file.c_str());
+        // One view at a time: its surfaces go before the next view's are made.
+        manager->remove(view);
     }
     scene->remove_all_lights();
     scene->get_root()->remove_all_children();
@@ -163,6 +165,12 @@ int main(int argc, char** argv)
             std::fprintf(stderr, "%s: %s\n", input.c_str(), e.what());
         else
             std::fprintf(stderr, "%s: %s: %s\n", input.c_str(), e.where().c_str(), e.what());
+        return 1;
+    }
+    catch (const std::exception& e)
+    {
+        // The reader turns everything into scene_error; this is the last line of defence.
+        std::fprintf(stderr, "%s: %s\n", input.c_str(), printable(e.what()).c_str());
         return 1;
     }
 

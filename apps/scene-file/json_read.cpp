@@ -1,10 +1,45 @@
 #include "json_read.h"
 
 #include <cmath>
+#include <cstdio>
 #include <sstream>
 
 namespace ixo_scene_file
 {
+namespace
+{
+thread_local std::string place;
+}
+
+const std::string& last_place()
+{
+    return place;
+}
+
+void reset_place()
+{
+    place.clear();
+}
+
+std::string printable(const std::string& text)
+{
+    std::string out;
+    out.reserve(text.size());
+    for (char c : text)
+    {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
+        {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\u%04x",
+                          unsigned(static_cast<unsigned char>(c)));
+            out += escape;
+        }
+        else
+            out += c;
+    }
+    return out;
+}
+
 std::string child(const std::string& where, const std::string& key)
 {
     std::string escaped;
@@ -17,12 +52,14 @@ std::string child(const std::string& where, const std::string& key)
         else
             escaped += c;
     }
-    return where + "/" + escaped;
+    place = where + "/" + escaped;
+    return place;
 }
 
 std::string child(const std::string& where, std::size_t index)
 {
-    return where + "/" + std::to_string(index);
+    place = where + "/" + std::to_string(index);
+    return place;
 }
 
 const char* kind(const json& j)
@@ -65,8 +102,7 @@ void check_keys(const json& j, const std::string& where, const std::vector<const
     {
         if (it.key() == "comment")
         {
-            if (!it.value().is_string())
-                wrong_type(it.value(), child(where, it.key()), "a string");
+            read_string(it.value(), child(where, it.key()));
             continue;
         }
         bool known = false;
@@ -108,7 +144,10 @@ std::string read_string(const json& j, const std::string& where)
 {
     if (!j.is_string())
         wrong_type(j, where, "a string");
-    return j.get<std::string>();
+    std::string const& s = j.get_ref<const std::string&>();
+    if (s.find('\0') != std::string::npos)
+        fail(where, "a string may not hold a NUL character (\\u0000)");
+    return s;
 }
 
 float read_number(const json& j, const std::string& where, double lo, double hi,
@@ -130,11 +169,26 @@ int read_int(const json& j, const std::string& where, int lo, int hi)
 {
     if (!j.is_number_integer() && !j.is_number_unsigned())
         wrong_type(j, where, "an integer " + std::to_string(lo) + "-" + std::to_string(hi));
-    long long const v = j.get<long long>();
-    if (v < lo || v > hi)
-        fail(where, "value " + std::to_string(v) + " out of range " + std::to_string(lo) + "-" +
-                        std::to_string(hi));
-    return static_cast<int>(v);
+    // Values above the signed range arrive unsigned and are read as such.
+    bool in_range = false;
+    std::string value;
+    if (j.is_number_unsigned())
+    {
+        unsigned long long const u = j.get<unsigned long long>();
+        value = std::to_string(u);
+        in_range = hi >= 0 && u <= static_cast<unsigned long long>(hi) &&
+                   (lo <= 0 || u >= static_cast<unsigned long long>(lo));
+    }
+    else
+    {
+        long long const v = j.get<long long>();
+        value = std::to_string(v);
+        in_range = v >= lo && v <= hi;
+    }
+    if (!in_range)
+        fail(where,
+             "value " + value + " out of range " + std::to_string(lo) + "-" + std::to_string(hi));
+    return static_cast<int>(j.get<long long>());
 }
 
 ixo_vector3<float> read_vec3(const json& j, const std::string& where)

@@ -16,12 +16,17 @@ namespace ixo_scene_file
 {
 using json = nlohmann::json;
 
-// A problem in a scene file: where (a JSON pointer, empty for the whole file) and what.
+// Text for a message: control characters (a NUL from a "\u0000" escape would cut the
+// message off) are written as \u00XX escapes.
+std::string printable(const std::string& text);
+
+// A problem in a scene file: where (a JSON pointer, empty for the whole file) and what,
+// both printable.
 class scene_error : public std::runtime_error
 {
 public:
-    scene_error(std::string where, const std::string& what)
-        : std::runtime_error(what), where_(std::move(where))
+    scene_error(const std::string& where, const std::string& what)
+        : std::runtime_error(printable(what)), where_(printable(where))
     {
     }
     const std::string& where() const { return where_; }
@@ -33,9 +38,16 @@ private:
 // Coordinates are finite and kept well inside float range.
 constexpr double coordinate_limit = 1e15;
 
-// The pointer of member `key` (escaped as JSON pointers want) or element `index`.
+// The pointer of member `key` (escaped as JSON pointers want) or element `index`. The
+// latest pointer made on this thread is remembered for last_place().
 std::string child(const std::string& where, const std::string& key);
 std::string child(const std::string& where, std::size_t index);
+
+// Where reading was when something other than a scene_error was thrown (the JSON library's
+// type and range errors, a failed allocation): the latest pointer child() made on this
+// thread. reset_place() forgets it before a new file is read.
+const std::string& last_place();
+void reset_place();
 
 // "a number", "an array", ... for messages.
 const char* kind(const json& j);
@@ -51,6 +63,7 @@ void check_keys(const json& j, const std::string& where, const std::vector<const
 const json& expect_object(const json& j, const std::string& where);
 const json& expect_array(const json& j, const std::string& where);
 bool read_bool(const json& j, const std::string& where);
+// A string without NUL characters (a "\u0000" escape would cut a file name or a message).
 std::string read_string(const json& j, const std::string& where);
 // A finite number in lo..hi.
 float read_number(const json& j, const std::string& where, double lo, double hi,

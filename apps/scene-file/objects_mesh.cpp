@@ -55,8 +55,10 @@ ixo_object_ptr<ixo_indexed_mesh> read_mesh(const json& j, const std::string& whe
                           read_bool(j["flip_normals"], child(where, "flip_normals"));
         mesh = ixo_indexed_mesh::read_all_meshes_from_vrml_file(name, flip);
     }
-    if (!mesh || mesh->get_num_indices() == 0)
-        fail(w, "cannot read a mesh from " + path);
+    if (!mesh)
+        fail(w, path + ": " + ixo_indexed_mesh::get_last_read_failure().to_utf8());
+    if (mesh->get_num_indices() == 0)
+        fail(w, path + ": the file holds no triangles");
     if (j.contains("optimize") && read_bool(j["optimize"], child(where, "optimize")))
         mesh->optimize_buffers();
     return mesh;

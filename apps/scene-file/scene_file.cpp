@@ -1,5 +1,6 @@
 #include "scene_file.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <sstream>
@@ -293,8 +294,24 @@ const std::vector<std::string>& property_names()
     return names;
 }
 
+namespace
+{
+// "line L, column C" of byte `offset` of `text`.
+std::string line_and_column(const std::string& text, std::size_t offset)
+{
+    offset = std::min(offset, text.size());
+    std::size_t const line = std::size_t(std::count(text.begin(), text.begin() + offset, '\n')) + 1;
+    std::size_t const start = text.rfind('\n', offset == 0 ? 0 : offset - 1);
+    std::size_t const column =
+        offset - (start == std::string::npos || offset == 0 ? 0 : start + 1) + 1;
+    return "line " + std::to_string(line) + ", column " + std::to_string(column);
+}
+} // namespace
+
 scene_desc read_scene_text(const std::string& text, const std::filesystem::path& folder)
 {
+    // Whatever the JSON library or the standard library throws while a scene is read
+    // becomes a scene_error with a place: the parser's position, or the value being read.
     json doc;
     try
     {
@@ -307,7 +324,48 @@ scene_desc read_scene_text(const std::string& text, const std::filesystem::path&
         auto const colon = what.find("parse error");
         fail("", "not valid JSON: " + (colon == std::string::npos ? what : what.substr(colon)));
     }
-    return read_scene(doc, folder);
+    catch (const json::out_of_range& e)
+    {
+        // A number beyond double range ("1e400"): the message quotes it, so find it.
+        std::string const what = e.what();
+        std::size_t const open = what.find('\'');
+        std::size_t const close = what.find('\'', open + 1);
+        std::string place;
+        if (open != std::string::npos && close != std::string::npos)
+        {
+            std::size_t const at = text.find(what.substr(open + 1, close - open - 1));
+            if (at != std::string::npos)
+                place = " at " + line_and_column(text, at);
+        }
+        fail("", "not valid JSON: a number out of range" + place + " (" +
+                     what.substr(what.find(']') == std::string::npos ? 0 : what.find(']') + 2) +
+                     ")");
+    }
+    catch (const std::bad_alloc&)
+    {
+        fail("", "not enough memory to read the file");
+    }
+    catch (const std::exception& e)
+    {
+        fail("", std::string("not valid JSON: ") + e.what());
+    }
+    reset_place();
+    try
+    {
+        return read_scene(doc, folder);
+    }
+    catch (const scene_error&)
+    {
+        throw;
+    }
+    catch (const std::bad_alloc&)
+    {
+        fail(last_place(), "not enough memory to read the scene");
+    }
+    catch (const std::exception& e)
+    {
+        fail(last_place(), std::string("cannot read this value: ") + e.what());
+    }
 }
 
 scene_desc read_scene_file(const std::filesystem::path& path)
@@ -318,9 +376,18 @@ scene_desc read_scene_file(const std::filesystem::path& path)
     std::ifstream in(path, std::ios::binary);
     if (!in)
         fail("", "cannot open the file");
-    std::ostringstream text;
-    text << in.rdbuf();
-    return read_scene_text(text.str(), std::filesystem::absolute(path, ec).parent_path());
+    std::string text;
+    try
+    {
+        std::ostringstream read;
+        read << in.rdbuf();
+        text = read.str();
+    }
+    catch (const std::exception&)
+    {
+        fail("", "cannot read the file into memory");
+    }
+    return read_scene_text(text, std::filesystem::absolute(path, ec).parent_path());
 }
 
 std::string format_help()
@@ -339,7 +406,10 @@ file paths are taken from the scene file's folder.
 }
 
 VIEW:
-  "width", "height"          pixels, 1-8192 (640 x 480)
+  "width", "height"          pixels, 1-4096 (640 x 480). Views are drawn, written and
+                             released one at a time: the largest, 4096 x 4096, costs
+                             about 1 GB of memory and 4 s of processor time with
+                             shadows, whatever the number of views
   "background"               clear colour (white)
   "background_picture"       image file (PNG, JPEG, BMP) drawn centred at its own size
   "shadows"                  true: shadow map of the first light (false)

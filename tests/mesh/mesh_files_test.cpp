@@ -1,9 +1,12 @@
 #include "mesh/mesh_test_files.h"
 
+#include <clocale>
 #include <cmath>
 #include <cstdio>
 #include <map>
 #include <sstream>
+#include <thread>
+#include <unistd.h>
 
 using namespace mesh_test;
 
@@ -478,18 +481,26 @@ TEST(MeshFiles, VrmlSectionsAndAllSections)
 
 TEST(MeshFiles, VrmlLongLinesAndGarbageStaySafe)
 {
-    // A 5,000-character line splits into 1,023-byte pieces; none of them is geometry.
-    std::string text = "Material {\nCoordinate3 {\npoint [\n0 0 0, 1 0 0, 0 1 0,\n" +
-                       std::string(5000, '7') + "\n]\n}\nIndexedFaceSet {\ncoordIndex [\n" +
-                       "0, 1, 2, -1, 2, 1, -5, -1, 0, 1\n]\n}\n";
+    // One line of 600 numbers "1.25" (5 bytes each with its space): byte 1,023 falls
+    // inside a number, which must still read as one, from a file as from memory.
+    std::string numbers;
+    for (int i = 0; i < 600; ++i)
+        numbers += "1.25 ";
+    std::string text = "Material {\nCoordinate3 {\npoint [ " + numbers +
+                       "]\n}\nIndexedFaceSet {\ncoordIndex [\n0, 1, 2, -1, 2, 1, -5, -1\n]\n}\n";
     std::vector<char> buffer(text.begin(), text.end());
     buffer.push_back('\0');
     char* p = buffer.data();
-    auto mesh = ixo_indexed_mesh::read_all_meshes_from_vrml_file_buffer(&p, false);
-    ASSERT_TRUE(mesh);
-    EXPECT_TRUE(mesh->has_valid_indices());
-    EXPECT_GE(mesh->get_num_indices(), 3u);
-    EXPECT_EQ(mesh->get_num_indices() % 3, 0u);
+    std::string path = write_file("long_line.wrl", text);
+    for (auto mesh : {ixo_indexed_mesh::read_all_meshes_from_vrml_file_buffer(&p, false),
+                      ixo_indexed_mesh::read_from_vrml_file(wide(path), 0)})
+    {
+        ASSERT_TRUE(mesh);
+        ASSERT_EQ(mesh->get_num_vertices(), 200u);
+        for (unsigned v = 0; v < 200; ++v)
+            expect_vec(mesh->get_vertex(v).position, 1.25f, 1.25f, 1.25f, 0);
+        EXPECT_EQ(mesh->get_num_indices(), 3u);
+    }
 
     // Text without sections gives an empty mesh.
     char plain[] = "point [ 1 2 3 ]\n";
@@ -497,4 +508,122 @@ TEST(MeshFiles, VrmlLongLinesAndGarbageStaySafe)
     auto empty = ixo_indexed_mesh::read_all_meshes_from_vrml_file_buffer(&q, false);
     ASSERT_TRUE(empty);
     EXPECT_EQ(empty->get_num_vertices(), 0u);
+}
+
+// Files real exporters write that the form detection alone gets wrong: the other form is
+// tried where the size or the first word says it fits.
+TEST(MeshFiles, StlFormsTheDetectionMissesAreRead)
+{
+    // Every byte below 127: the coordinates 0, 2 and 3 and a header that starts "solid".
+    std::vector<facet> low = {{{0, 0, 2}, {0, 0, 0, 2, 0, 0, 0, 2, 0}},
+                              {{0, 0, 3}, {2, 0, 0, 2, 2, 0, 0, 2, 0}}};
+    std::string binary = binary_stl(low);
+    binary.replace(0, 11, "solid cube ");
+    auto cube = cube_facets();
+    std::string utf8_name = ascii_stl(cube);
+    utf8_name.replace(0, 10, "solid W\xc3\xbcrfel");
+    struct
+    {
+        const char* name;
+        std::string bytes;
+        std::vector<facet> const* facets;
+    } const cases[] = {
+        {"low_bytes.stl", binary, &low},
+        {"utf8_name.stl", utf8_name, &cube},
+        {"one_line.stl", ascii_stl(cube, " "), &cube},
+        {"cr_only.stl", ascii_stl(cube, "\r"), &cube},
+    };
+    for (auto const& c : cases)
+    {
+        auto mesh = ixo_indexed_mesh::read_from_stl_file(wide(write_file(c.name, c.bytes)));
+        ASSERT_TRUE(mesh) << c.name << ": " << ixo_indexed_mesh::get_last_read_failure().to_utf8();
+        expect_merged(*mesh, *c.facets);
+        EXPECT_EQ(ixo_indexed_mesh::get_last_read_failure().length(), 0) << c.name;
+    }
+    // A name the "C" locale cannot convert opens through UTF-8.
+    std::string path = write_file("w\xc3\xbcrfel.stl", ascii_stl(cube));
+    std::string const locale = std::setlocale(LC_ALL, nullptr);
+    std::setlocale(LC_ALL, "C");
+    auto named = ixo_indexed_mesh::read_from_file(wide(path));
+    std::setlocale(LC_ALL, locale.c_str());
+    EXPECT_TRUE(named);
+}
+
+// Null results keep their reason for the host; a read that succeeds clears it, and each
+// thread has its own.
+TEST(MeshFiles, FailedReadsSayWhy)
+{
+    std::string ply_huge = "ply\nformat binary_little_endian 1.0\nelement vertex 2147483648\n"
+                           "property float x\nproperty float y\nproperty float z\nend_header\n";
+    ply_huge.resize(312, '\0');
+    std::string ascii = ascii_stl(cube_facets());
+    ascii.replace(ascii.find("vertex 0 1 0"), 12, "vertex 0 x 0");
+    std::string ply_index = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\n"
+                            "property float y\nproperty float z\nelement face 1\n"
+                            "property list uchar int vertex_indices\nend_header\n"
+                            "0 0 0\n1 0 0\n0 1 0\n3 0 1 7\n";
+    using reader = ixo_object_ptr<ixo_indexed_mesh> (*)(ixo_string const&);
+    reader const vrml_second = [](ixo_string const& n)
+    { return ixo_indexed_mesh::read_from_vrml_file(n, 1); };
+    struct
+    {
+        reader read;
+        std::string name;
+        std::string reason;
+    } const cases[] = {
+        {ixo_indexed_mesh::read_from_file, write_file("v.ply", ply_huge),
+         "PLY element \"vertex\" claims 2147483648 entries but the file holds 312 bytes"},
+        {ixo_indexed_mesh::read_from_file, write_file("b.stl", binary_stl(cube_facets(), 'x', 13)),
+         "binary STL claims 13 facets (734 bytes) but the file holds 684 bytes"},
+        {ixo_indexed_mesh::read_from_file, write_file("a.stl", ascii),
+         "ASCII STL facet 1 is incomplete or holds something other than a number"},
+        {ixo_indexed_mesh::read_from_file, write_file("i.ply", ply_index),
+         "PLY face 1 names vertex 7 of 3"},
+        {ixo_indexed_mesh::read_from_file, write_file("m.obj", ""),
+         "the name ends neither in .stl nor in .ply"},
+        {ixo_indexed_mesh::read_from_file, (temp_dir() / "missing.stl").string(),
+         "cannot open the file (No such file or directory)"},
+        {ixo_indexed_mesh::read_from_ply_file, temp_dir().string(), "not a regular file"},
+        {vrml_second, write_file("one.wrl", "Material {\n"),
+         "VRML file without section 1 (sections start at lines holding \"Material {\", "
+         "counted from 0)"},
+    };
+    for (auto const& c : cases)
+    {
+        EXPECT_FALSE(c.read(wide(c.name))) << c.name;
+        EXPECT_EQ(ixo_indexed_mesh::get_last_read_failure().to_utf8(), c.reason);
+    }
+    std::string other;
+    std::thread([&] { other = ixo_indexed_mesh::get_last_read_failure().to_utf8(); }).join();
+    EXPECT_EQ(other, "");
+    EXPECT_TRUE(ixo_indexed_mesh::read_from_file(wide(write_file("c.stl", ascii_stl({})))));
+    EXPECT_EQ(ixo_indexed_mesh::get_last_read_failure().to_utf8(), "");
+}
+
+// A sparse file is large on almost no disk: its holes back no count, so the readers refuse
+// at once instead of sizing arrays from the count or reading gigabytes of zeros.
+TEST(MeshFiles, SparseFilesAreRefusedAtOnce)
+{
+    std::string ply = "ply\nformat binary_little_endian 1.0\nelement vertex 1000000000\n"
+                      "property char x\nproperty char y\nproperty char z\nend_header\n";
+    struct
+    {
+        const char* name;
+        std::string head;
+        long long size;
+        const char* reason;
+    } const cases[] = {
+        {"sparse.ply", ply, 3LL << 30, "PLY element \"vertex\" claims 1000000000 entries"},
+        {"sparse.stl", binary_stl({}, char(200), 20000000), 1000000084LL,
+         "binary STL claims 20000000 facets"},
+    };
+    for (auto const& c : cases)
+    {
+        std::string path = write_file(c.name, c.head);
+        ASSERT_EQ(::truncate(path.c_str(), c.size), 0);
+        EXPECT_FALSE(ixo_indexed_mesh::read_from_file(wide(path))) << c.name;
+        EXPECT_EQ(ixo_indexed_mesh::get_last_read_failure().to_utf8().rfind(c.reason, 0), 0u)
+            << ixo_indexed_mesh::get_last_read_failure().to_utf8();
+        std::filesystem::remove(path);
+    }
 }

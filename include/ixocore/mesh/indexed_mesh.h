@@ -123,17 +123,29 @@ public:
     // actually read). Index values are not checked against the vertex count.
     static ixo_object_ptr<ixo_indexed_mesh> read(ixo_object_ptr<ixo_archive> archive);
 
-    // Mesh files. Every reader answers null when the file cannot be opened or read. Names
-    // are converted to UTF-8 for the operating system.
+    // Mesh files. Every reader answers null when the file cannot be opened or read, and
+    // then leaves the reason for get_last_read_failure(). Names are converted to the current
+    // locale's multibyte encoding for the operating system, or to UTF-8 when they have no
+    // form there (a UTF-8 name under the "C" locale). A failed allocation (a sparse file
+    // that claims more than memory holds) gives null too; arrays grow with the data read.
+
+    // Why the last mesh file read on this thread gave null, as one English sentence
+    // without the file's name, for example "PLY element \"vertex\" claims 2147483648
+    // entries but the file holds 312 bytes". Empty after a read that gave a mesh and on a
+    // thread that has read none. Each thread has its own. O(length of the reason).
+    static ixo_string get_last_read_failure();
 
     // By the last four characters of the name, ignoring case: ".ply" or ".stl"; any other
     // name gives null.
     static ixo_object_ptr<ixo_indexed_mesh> read_from_file(ixo_string const& name);
-    // STL: ASCII when the file holds no byte of 127 or more, binary otherwise. Equal
-    // positions are merged into one vertex (numbered in order of first appearance) whose
-    // normal is the normalised sum of the facet normals given in the file. A binary file
-    // whose facet count promises more bytes than it holds gives null, as does an ASCII
-    // facet without its three numbers per line. O(size of the file).
+    // STL: ASCII when the file holds no byte of 127 or more, binary otherwise; when that
+    // form fails, the other is tried where it fits: binary when the size is exactly
+    // 84 + 50 * the facet count, ASCII when the first word is "solid". ASCII files may
+    // end their lines in LF, CR LF or CR, or hold everything on one line. Equal positions
+    // are merged into one vertex (numbered in order of first appearance) whose normal is
+    // the normalised sum of the facet normals given in the file. A binary file whose facet
+    // count promises more bytes than it holds gives null, as does an ASCII facet without
+    // its three numbers per line. O(size of the file).
     static ixo_object_ptr<ixo_indexed_mesh> read_from_stl_file(ixo_string const& name);
     // PLY (ascii or binary): "x", "y", "z" of element "vertex" and the list
     // "vertex_indices" (or "vertex_index") of element "face". Faces of more than three
@@ -141,7 +153,8 @@ public:
     // the vertex array gives null. Normals are computed from the positions.
     static ixo_object_ptr<ixo_indexed_mesh> read_from_ply_file(ixo_string const& name);
     // VRML 1.0: the number of lines containing "Material {" (each starts a section); 0
-    // when the file cannot be opened.
+    // when the file cannot be opened. Lines are read whole, however long (a line of more
+    // than 16 MiB is cut at a separator, so no number is split).
     static int calculate_meshes_in_vrml_file(ixo_string const& name);
     // The Coordinate3 / Normal / IndexedFaceSet geometry of section `index` (0-based):
     // null when the file cannot be opened or has no such section. Faces are fans; faces
@@ -154,8 +167,8 @@ public:
     static ixo_object_ptr<ixo_indexed_mesh> read_all_meshes_from_vrml_file(ixo_string const& name,
                                                                            bool flip_normals);
     // The same on VRML text in memory: `buffer` is the address of a pointer to one
-    // NUL-terminated text, read as the file reader reads a file (lines of at most 1,023
-    // bytes). Null for a null `buffer` or `*buffer`; the pointer is left unchanged.
+    // NUL-terminated text, read as the file reader reads a file. Null for a null `buffer`
+    // or `*buffer`; the pointer is left unchanged.
     static ixo_object_ptr<ixo_indexed_mesh>
     read_all_meshes_from_vrml_file_buffer(char** buffer, bool flip_normals);
 

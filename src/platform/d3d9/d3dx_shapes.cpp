@@ -5,7 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <map>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -207,21 +208,75 @@ bool ixo_d3dx_optimize_faces(std::uint32_t const* indices, std::size_t face_coun
     if (indices == nullptr || remap == nullptr ||
         !indices_in_range(indices, face_count * 3, vertex_count))
         return false;
-    std::vector<std::uint32_t> ordered(face_count * 3);
-    meshopt_optimizeVertexCache(ordered.data(), indices, face_count * 3, vertex_count);
-    // The optimiser hands back triangles, not their numbers: find each one's old position.
-    // Repeated triangles are matched in their old order.
-    std::multimap<std::array<std::uint32_t, 3>, std::uint32_t> old_faces;
-    for (std::size_t f = 0; f < face_count; ++f)
-        old_faces.emplace(canonical(indices + 3 * f), std::uint32_t(f));
+    // After each triangle it emits, the optimiser walks the live triangles of every cached
+    // vertex, so its time grows with vertex valence: quadratic for a fan around one vertex
+    // or one triangle repeated. It therefore sees each distinct, non-degenerate triangle
+    // once, with every vertex used more than max_valence times split into copies of at
+    // most max_valence uses; degenerate and repeated triangles follow in their old order.
+    constexpr std::uint32_t max_valence = 16;
+    using face_key = std::pair<std::array<std::uint32_t, 3>, std::uint32_t>;
+    std::vector<face_key> faces;
+    faces.reserve(face_count);
     for (std::size_t f = 0; f < face_count; ++f)
     {
-        auto it = old_faces.find(canonical(ordered.data() + 3 * f));
-        if (it == old_faces.end())
-            return false;
-        remap[f] = it->second;
-        old_faces.erase(it);
+        std::uint32_t const* t = indices + 3 * f;
+        if (t[0] != t[1] && t[1] != t[2] && t[0] != t[2])
+            faces.emplace_back(canonical(t), std::uint32_t(f));
     }
+    std::sort(faces.begin(), faces.end());
+    std::vector<char> kept(face_count, 0);
+    for (std::size_t i = 0; i < faces.size(); ++i)
+        if (i == 0 || faces[i].first != faces[i - 1].first)
+            kept[faces[i].second] = 1;
+
+    std::size_t const kept_count = std::size_t(std::count(kept.begin(), kept.end(), 1));
+    // copy[v] is the vertex number v's next uses go to, used[v] how often it has been used.
+    std::vector<std::uint32_t> copy(vertex_count), used(vertex_count, 0);
+    for (std::size_t v = 0; v < vertex_count; ++v)
+        copy[v] = std::uint32_t(v);
+    std::size_t split_count = vertex_count;
+    std::vector<std::uint32_t> split(kept_count * 3), kept_faces(kept_count);
+    std::size_t n = 0;
+    for (std::size_t f = 0; f < face_count; ++f)
+    {
+        if (!kept[f])
+            continue;
+        kept_faces[n] = std::uint32_t(f);
+        for (int k = 0; k < 3; ++k)
+        {
+            std::uint32_t v = indices[3 * f + k];
+            if (used[v]++ == max_valence)
+            {
+                used[v] = 1;
+                copy[v] = std::uint32_t(split_count++);
+            }
+            split[3 * n + k] = copy[v];
+        }
+        ++n;
+    }
+    if (split_count > 0xffffffffu)
+        return false;
+
+    std::vector<std::uint32_t> ordered(kept_count * 3);
+    meshopt_optimizeVertexCache(ordered.data(), split.data(), kept_count * 3, split_count);
+    // The optimiser hands back triangles, not their numbers: find each one's old position.
+    // The split triangles are distinct, so each names exactly one.
+    faces.clear();
+    for (std::size_t i = 0; i < kept_count; ++i)
+        faces.emplace_back(canonical(split.data() + 3 * i), std::uint32_t(i));
+    std::sort(faces.begin(), faces.end());
+    std::size_t out = 0;
+    for (std::size_t i = 0; i < kept_count; ++i)
+    {
+        face_key key{canonical(ordered.data() + 3 * i), 0};
+        auto it = std::lower_bound(faces.begin(), faces.end(), key);
+        if (it == faces.end() || it->first != key.first)
+            return false;
+        remap[out++] = kept_faces[it->second];
+    }
+    for (std::size_t f = 0; f < face_count; ++f)
+        if (!kept[f])
+            remap[out++] = std::uint32_t(f);
     return true;
 }
 

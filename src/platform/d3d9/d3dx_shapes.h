@@ -38,7 +38,9 @@ IXO_API bool ixo_d3dx_build_sphere(float radius, unsigned slices, unsigned stack
 
 // A triangle order for the post-transform vertex cache: remap[new face] = old face.
 // indices holds 3 * face_count entries, each below vertex_count. False when an index is out
-// of range or the input is empty of indices while faces are claimed.
+// of range or the input is empty of indices while faces are claimed. Degenerate and repeated
+// triangles come last in their old order; time stays near linear in face_count whatever the
+// vertex valences.
 IXO_API bool ixo_d3dx_optimize_faces(std::uint32_t const* indices, std::size_t face_count,
                                      std::size_t vertex_count, std::uint32_t* remap);
 

@@ -9,11 +9,25 @@
 
 #include <algorithm>
 #include <fstream>
+#include <limits>
 #include <sstream>
 #include <string_view>
 
 namespace
 {
+
+// The int a float parameter reads back as: truncated toward zero and clamped to the int
+// range; NaN reads as 0. Positions far out (or infinite) are ordinary input here.
+int int_from_float(float f)
+{
+    if (!(f == f))
+        return 0;
+    if (f >= 2147483648.0f)
+        return std::numeric_limits<int>::max();
+    if (f <= -2147483648.0f)
+        return std::numeric_limits<int>::min();
+    return static_cast<int>(f);
+}
 
 // Texture units of effect samplers, above the fixed-function stages.
 constexpr GLuint k_first_unit = 8;
@@ -289,7 +303,7 @@ public:
         parameter* p = numeric(h);
         if (!p)
             return D3DERR_INVALIDCALL;
-        return assign(*p, {f}, static_cast<int>(f));
+        return assign(*p, {f}, int_from_float(f));
     }
     HRESULT GetFloat(D3DXHANDLE h, FLOAT* pf) override
     {
@@ -304,7 +318,7 @@ public:
         parameter* p = numeric(h);
         if (!p || !v || p->type == GL_FLOAT_MAT4)
             return D3DERR_INVALIDCALL;
-        return assign(*p, {v->x, v->y, v->z, v->w}, static_cast<int>(v->x));
+        return assign(*p, {v->x, v->y, v->z, v->w}, int_from_float(v->x));
     }
     HRESULT GetVector(D3DXHANDLE h, D3DXVECTOR4* v) override
     {

@@ -6,6 +6,7 @@
 #include <ixocore/platform/rply.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
@@ -13,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 struct t_ply_property_
@@ -63,8 +65,12 @@ struct t_ply_
     std::size_t pos = 0;
     std::size_t end = 0;
     bool eof = false;
-    // Bytes of the file not yet pulled into the buffer; -1 when unknown.
+    // Bytes of the file not yet pulled into the buffer, and the bytes of data it holds;
+    // -1 when unknown.
     long long unread_in_file = -1;
+    long long file_size = -1;
+    // Bytes of the file in holes: they read as zeros but back no count.
+    long long hole_bytes = 0;
 
     t_ply_argument_ argument;
 };
@@ -334,13 +340,15 @@ bool skip_binary(p_ply ply, unsigned long long count, std::size_t size)
 
 // Refuses counts that need more bytes than the file has left after the header: in binary
 // every value takes its type's size (a list at least its count), in ascii at least one
-// character and one separator.
-bool counts_fit_file(p_ply ply)
+// character and one separator. The message names the first element that does not fit.
+bool counts_fit_file(p_ply ply, std::string& message)
 {
     if (ply->unread_in_file < 0)
         return true;
-    long long available = ply->unread_in_file + static_cast<long long>(ply->end - ply->pos);
-    long double needed = 0;
+    long long available =
+        ply->unread_in_file + static_cast<long long>(ply->end - ply->pos) - ply->hole_bytes;
+    // The last ascii value needs no separator.
+    long double needed = ply->storage == PLY_ASCII ? -1 : 0;
     for (auto const& e : ply->elements)
     {
         long double per_instance = 0;
@@ -352,10 +360,42 @@ bool counts_fit_file(p_ply ply)
                 per_instance += type_size(p->type == PLY_LIST ? p->length_type : p->type);
         }
         needed += per_instance * static_cast<long double>(e->ninstances);
+        if (needed > static_cast<long double>(available))
+        {
+            message = "element \"" + e->name + "\" claims " + std::to_string(e->ninstances) +
+                      " entries but the file holds " + std::to_string(ply->file_size) + " bytes";
+            return false;
+        }
     }
-    if (ply->storage == PLY_ASCII)
-        needed -= 1; // the last value needs no separator
-    return needed <= static_cast<long double>(available);
+    return true;
+}
+
+// The bytes of a file that hold data: its size less its holes, which read as zeros but
+// back no count. The descriptor's offset is put back.
+long long data_size(int fd, long long size)
+{
+    off_t const here = lseek(fd, 0, SEEK_CUR);
+    if (here < 0)
+        return size;
+    long long data = 0;
+    off_t pos = 0;
+    for (int extents = 0; pos < size; ++extents)
+    {
+        off_t start = extents < 4096 ? lseek(fd, pos, SEEK_DATA) : -1;
+        if (start < 0)
+        {
+            if (errno != ENXIO)
+                data += size - pos; // no answer: the rest counts as data
+            break;
+        }
+        off_t stop = lseek(fd, start, SEEK_HOLE);
+        if (stop < 0)
+            stop = off_t(size);
+        data += stop - start;
+        pos = stop;
+    }
+    lseek(fd, here, SEEK_SET);
+    return std::min(data, size);
 }
 
 p_ply make_ply(FILE* fp, bool own, p_ply_error_cb error_cb, long idata, void* pdata)
@@ -370,7 +410,11 @@ p_ply make_ply(FILE* fp, bool own, p_ply_error_cb error_cb, long idata, void* pd
     struct stat st;
     long here = std::ftell(fp);
     if (fstat(fileno(fp), &st) == 0 && S_ISREG(st.st_mode) && here >= 0)
+    {
         ply->unread_in_file = static_cast<long long>(st.st_size) - here;
+        ply->file_size = data_size(fileno(fp), static_cast<long long>(st.st_size));
+        ply->hole_bytes = static_cast<long long>(st.st_size) - ply->file_size;
+    }
     return ply;
 }
 
@@ -526,9 +570,10 @@ int ply_read_header(p_ply ply)
         report(ply, "missing format line");
         return 0;
     }
-    if (!counts_fit_file(ply))
+    std::string message;
+    if (!counts_fit_file(ply, message))
     {
-        report(ply, "element counts exceed the file size");
+        report(ply, message.c_str());
         return 0;
     }
     ply->header_read = true;
@@ -623,8 +668,12 @@ int ply_read(p_ply ply)
     }
     return 1;
 truncated:
-    report(ply, "unexpected or malformed data");
+{
+    std::string message = "data ends early or is malformed in element \"" + arg.element->name +
+                          "\", entry " + std::to_string(arg.instance_index + 1);
+    report(ply, message.c_str());
     return 0;
+}
 aborted:
     report(ply, "read callback stopped reading");
     return 0;

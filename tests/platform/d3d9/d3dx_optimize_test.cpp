@@ -44,3 +44,27 @@ TEST(d3dx_optimize, both_index_widths_give_the_builders_remaps)
               D3DERR_INVALIDCALL);
     EXPECT_EQ(D3DXOptimizeFaces(indices.data(), faces, 0, TRUE, remap.data()), D3DERR_INVALIDCALL);
 }
+
+// Worst cases for the optimiser: a fan around one vertex (valence far above the split
+// limit) mixed with degenerate and repeated triangles. The result is a permutation, the fan
+// triangles stay in front and the degenerate and repeated ones follow in their old order.
+TEST(d3dx_optimize, fans_repeats_and_degenerate_triangles_keep_a_permutation)
+{
+    unsigned const fan = 100;
+    std::vector<std::uint32_t> indices;
+    for (std::uint32_t k = 0; k < fan; ++k)
+        indices.insert(indices.end(), {0, k + 1, k + 2});
+    std::vector<std::uint32_t> const tail = {3, 3, 4, 5, 6, 0, 1, 7, 7, 9, 0, 8};
+    // Face 100: degenerate; 101: face 4 rotated; 102: degenerate; 103: face 7 rotated.
+    indices.insert(indices.end(), tail.begin(), tail.end());
+    UINT const faces = UINT(indices.size() / 3), verts = fan + 2;
+    std::vector<DWORD> remap(faces, ~0u);
+    ASSERT_EQ(D3DXOptimizeFaces(indices.data(), faces, verts, TRUE, remap.data()), D3D_OK);
+    std::vector<DWORD> sorted(remap.begin(), remap.end());
+    std::sort(sorted.begin(), sorted.end());
+    for (UINT f = 0; f < faces; ++f)
+        ASSERT_EQ(sorted[f], f);
+    EXPECT_TRUE(std::all_of(remap.begin(), remap.begin() + fan, [](DWORD f) { return f < 100; }));
+    EXPECT_EQ(std::vector<DWORD>(remap.begin() + fan, remap.end()),
+              (std::vector<DWORD>{100, 101, 102, 103}));
+}

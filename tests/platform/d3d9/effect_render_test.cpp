@@ -5,6 +5,9 @@
 
 #include <ixocore/platform/d3dx9_effect.h>
 
+#include <cfloat>
+#include <climits>
+#include <limits>
 #include <string>
 
 namespace
@@ -97,6 +100,40 @@ TEST_F(effect_render, shipped_effect_has_both_techniques_and_every_parameter)
     EXPECT_EQ(effect->SetTexture("g_mWorld", nullptr), D3DERR_INVALIDCALL);
     EXPECT_EQ(effect->SetTechnique("NoSuchTechnique"), D3DERR_INVALIDCALL);
     EXPECT_EQ(effect->BeginPass(0), D3DERR_INVALIDCALL);
+}
+
+// Far-away lights and cameras reach the effect as any float; the int view of a float
+// parameter truncates, saturates at the int range and reads NaN as 0.
+TEST_F(effect_render, float_parameters_read_as_int_for_every_float)
+{
+    float const nan = std::numeric_limits<float>::quiet_NaN();
+    float const inf = std::numeric_limits<float>::infinity();
+    struct
+    {
+        float value;
+        INT expected;
+    } const cases[] = {{2.9f, 2},
+                       {-2.9f, -2},
+                       {1e10f, INT_MAX},
+                       {-1e10f, INT_MIN},
+                       {inf, INT_MAX},
+                       {-inf, INT_MIN},
+                       {FLT_MAX, INT_MAX},
+                       {nan, 0},
+                       {2147483520.f, 2147483520},
+                       {-2147483648.f, INT_MIN}};
+    for (auto const& c : cases)
+    {
+        INT n = 12345;
+        ASSERT_EQ(effect->SetFloat("g_shadowWidth", c.value), D3D_OK);
+        effect->GetInt("g_shadowWidth", &n);
+        EXPECT_EQ(n, c.expected) << c.value;
+        D3DXVECTOR4 v(c.value, 0, 0, 1);
+        n = 12345;
+        ASSERT_EQ(effect->SetVector("g_lightPos", &v), D3D_OK);
+        effect->GetInt("g_lightPos", &n);
+        EXPECT_EQ(n, c.expected) << c.value;
+    }
 }
 
 TEST_F(effect_render, picking_colour_is_drawn_exactly_and_lighting_follows_the_parameters)
