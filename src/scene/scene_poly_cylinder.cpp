@@ -475,14 +475,10 @@ bool ixo_scene_poly_cylinder::draw_object(const ixo_scene_draw_data& d)
         return true;
     device->SetFVF(vertex_fvf);
     device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
-    // The picking pass must show only the identifier in the emissive term, not the lit
-    // vertex colours.
-    if (d.do_mapping())
-        device->SetRenderState(D3DRS_DIFFUSEMATERIALSOURCE, D3DMCS_MATERIAL);
     device->SetIndices(smooth_ ? smooth_indices_ : polygon_indices_);
     int const primitives = smooth_ ? smooth_primitives_ : polygon_primitives_;
-    ixo_primitive::draw_with_shadows(
-        d,
+    ixo_primitive::draw_vertex_colored(
+        device, d,
         [&]
         {
             for (auto* wall : walls_)
@@ -492,8 +488,6 @@ bool ixo_scene_poly_cylinder::draw_object(const ixo_scene_draw_data& d)
                                              UINT(primitives));
             }
         });
-    if (d.do_mapping())
-        device->SetRenderState(D3DRS_DIFFUSEMATERIALSOURCE, D3DMCS_COLOR1);
     device->SetRenderState(D3DRS_CULLMODE, D3DCULL_CW);
     return true;
 }
