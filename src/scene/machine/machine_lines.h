@@ -15,9 +15,13 @@ namespace ixo_machine
 class line_painter
 {
 public:
-    // Ready when a device and its line object exist; holds the line inside Begin/End.
+    // Ready when a device and its line object exist, except in the shadow-map pass; holds
+    // the line inside Begin/End.
     line_painter(const ixo_scene_draw_data& d, unsigned long id)
     {
+        // Lines have no depth of their own worth casting a shadow.
+        if (d.do_mapping_shadows())
+            return;
         device_ = ixo_primitive::device();
         line_ = device_ ? ixo_direct3d::get_line() : nullptr;
         if (!line_)
