@@ -4,6 +4,7 @@
 
 #include <ixocore/core/string.h>
 #include <ixocore/platform/plib.h>
+#include <ixocore/scene/scene.h>
 
 #include <algorithm>
 #include <cmath>
@@ -268,16 +269,24 @@ bool ixo_scene_poly_cylinder::need_buffers() const
     return false;
 }
 
+void ixo_scene_poly_cylinder::discard_geometry()
+{
+    release_buffers();
+    // A shadow map drawn from the old shape no longer holds.
+    if (ixo_object_ptr<ixo_scene> scene = get_scene())
+        scene->touch();
+}
+
 void ixo_scene_poly_cylinder::set_height(float height)
 {
     height_ = height;
-    release_buffers();
+    discard_geometry();
 }
 
 void ixo_scene_poly_cylinder::set_thickness(float thickness)
 {
     thickness_ = thickness;
-    release_buffers();
+    discard_geometry();
 }
 
 bool ixo_scene_poly_cylinder::set_data_count(int n)
@@ -288,7 +297,7 @@ bool ixo_scene_poly_cylinder::set_data_count(int n)
     angles_.resize(size, 0.0f);
     radii_.resize(size, 0.0f);
     colors_.resize(size, color(0, 0, 0, 0));
-    release_buffers();
+    discard_geometry();
     return true;
 }
 
@@ -318,7 +327,7 @@ void ixo_scene_poly_cylinder::set_angle(int i, float degrees)
     if (i < 0 || i >= get_data_count())
         return;
     angles_[std::size_t(i)] = degrees;
-    release_buffers();
+    discard_geometry();
 }
 
 float ixo_scene_poly_cylinder::get_radius(int i) const
@@ -331,7 +340,7 @@ void ixo_scene_poly_cylinder::set_radius(int i, float radius)
     if (i < 0 || i >= get_data_count())
         return;
     radii_[std::size_t(i)] = radius;
-    release_buffers();
+    discard_geometry();
 }
 
 ixo_vector4<unsigned char> ixo_scene_poly_cylinder::get_color(int i) const
@@ -344,12 +353,16 @@ void ixo_scene_poly_cylinder::set_color(int i, const ixo_vector4<unsigned char>&
     if (i < 0 || i >= get_data_count())
         return;
     colors_[std::size_t(i)] = c;
-    release_buffers();
+    discard_geometry();
 }
 
 void ixo_scene_poly_cylinder::set_smooth(bool smooth)
 {
+    if (smooth_ == smooth)
+        return;
     smooth_ = smooth;
+    if (ixo_object_ptr<ixo_scene> scene = get_scene())
+        scene->touch();
 }
 
 const ixo_vector3<float>* ixo_scene_poly_cylinder::get_smooth_id_array() const

@@ -66,6 +66,11 @@ TEST_F(poly_cylinder_render, picked_over_its_ring_and_polygonal_when_not_smooth)
     EXPECT_EQ(p->get_vertex_buffer(1), buffer);
     p->set_smooth(true);
     EXPECT_TRUE(about(coverage(p), ring_pixels));
+
+    // Shape changes tell the scene, so shadow maps of the old shape are not reused.
+    auto const revision = scene->get_revision();
+    p->set_radius(0, 1.1f);
+    EXPECT_GT(scene->get_revision(), revision);
 }
 
 TEST_F(poly_cylinder_render, rebuilt_at_the_first_draw_after_a_device_reset)

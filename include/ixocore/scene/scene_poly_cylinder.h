@@ -119,6 +119,8 @@ protected:
 private:
     void update_buffers();
     void release_buffers();
+    // Releases the buffers and tells the scene that what it draws has changed.
+    void discard_geometry();
     bool need_buffers() const;
     void share_buffers(const ixo_scene_poly_cylinder& other);
 

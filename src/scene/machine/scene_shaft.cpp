@@ -3,6 +3,7 @@
 #include "scene/primitive_device.h"
 
 #include <ixocore/core/string.h>
+#include <ixocore/scene/scene.h>
 
 #include <cmath>
 #include <cstring>
@@ -88,6 +89,9 @@ void ixo_scene_shaft::changed()
 {
     valid_ = false;
     bounds_valid_ = false;
+    // A shadow map drawn from the old shape no longer holds.
+    if (ixo_object_ptr<ixo_scene> scene = get_scene())
+        scene->touch();
 }
 
 bool ixo_scene_shaft::set_ring_info(unsigned int ring, float torsion, float dx, float dy)

@@ -107,7 +107,9 @@ TEST_F(machine_render, deflected_shaft_moves_the_way_its_deflection_points)
     EXPECT_EQ(id_at(straight, col(0.7f), row(1.9f)), ixo_invalid_object_id);
 
     // The far ring deflected by one radius, exaggerated twice: its centre moves to x = 1.
+    auto const revision = scene->get_revision();
     shaft->set_ring_info(1, 0, 1, 0);
+    EXPECT_GT(scene->get_revision(), revision); // shadow maps of the old shape go
     shaft->set_xy_scale(2);
     auto bent = draw(true);
     EXPECT_EQ(id_at(bent, col(0.95f), row(1.9f)), shaft->id());
