@@ -42,6 +42,18 @@ template <typename F> void draw_with_shadows(const ixo_scene_draw_data& d, F&& d
     fx->End();
 }
 
+// Draws geometry whose vertices carry their own colours: those feed the diffuse term,
+// except in the picking pass, where only the material's identifier colour may show.
+template <typename F>
+void draw_vertex_colored(IDirect3DDevice9* device, const ixo_scene_draw_data& d, F&& draw)
+{
+    if (d.do_mapping())
+        device->SetRenderState(D3DRS_DIFFUSEMATERIALSOURCE, D3DMCS_MATERIAL);
+    draw_with_shadows(d, draw);
+    if (d.do_mapping())
+        device->SetRenderState(D3DRS_DIFFUSEMATERIALSOURCE, D3DMCS_COLOR1);
+}
+
 // A class-wide mesh whose own reference count is the number of objects holding it: the
 // first holder creates it with `make(device, &mesh)`, every later one adds a reference.
 // An object holds at most one reference (`holds`), so one made while there was no device
