@@ -1,4 +1,5 @@
 #include <ixocore/platform/win32.h>
+#include <ixocore/platform/win32_testing.h>
 
 #include <X11/Xlib.h>
 
@@ -178,11 +179,23 @@ DWORD GetTickCount()
     return DWORD(std::uint64_t(monotonic_ns() / 1000000));
 }
 
+namespace
+{
+bool g_counter_frozen = false;
+LONGLONG g_frozen_ticks = 0;
+} // namespace
+
+void ixo_win32_test_set_performance_counter(BOOL frozen, LONGLONG ticks)
+{
+    g_counter_frozen = frozen != FALSE;
+    g_frozen_ticks = ticks;
+}
+
 BOOL QueryPerformanceCounter(LARGE_INTEGER* count)
 {
     if (count == nullptr)
         return FALSE;
-    count->QuadPart = monotonic_ns();
+    count->QuadPart = g_counter_frozen ? g_frozen_ticks : monotonic_ns();
     return TRUE;
 }
 
