@@ -1,39 +1,19 @@
 #pragma once
-// The scene-file format of ixo-render: a JSON document read into plain descriptions of
-// views, lights and a tree of scene objects. Reading checks everything (keys, types,
-// ranges, referenced files) before anything is built, and reports the first problem with
-// its place in the file as a JSON pointer ("/objects/2/color").
+// The scene-file format shared by ixo-render and ixo-viewer: a JSON document read into plain
+// descriptions of views, lights and a tree of scene objects. Reading checks everything
+// (keys, types, ranges, referenced files) before anything is built, and reports the first
+// problem with its place in the file as a JSON pointer ("/objects/2/color").
 
-#include <ixocore/core/object_ptr.h>
-#include <ixocore/math/box.h>
+#include "json_read.h"
+#include "object_types.h"
+
 #include <ixocore/math/matrix.h>
-#include <ixocore/math/vector.h>
 
-#include <filesystem>
 #include <map>
 #include <optional>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
-class ixo_indexed_mesh;
-
-namespace ixo_render_app
+namespace ixo_scene_file
 {
-// A problem in a scene file: where (a JSON pointer, empty for the whole file) and what.
-class scene_error : public std::runtime_error
-{
-public:
-    scene_error(std::string where, const std::string& what)
-        : std::runtime_error(what), where_(std::move(where))
-    {
-    }
-    const std::string& where() const { return where_; }
-
-private:
-    std::string where_;
-};
-
 struct camera_desc
 {
     bool perspective = true;
@@ -65,18 +45,9 @@ struct object_desc
 {
     std::string where; // the object's JSON pointer, for messages while building
     std::string type;
-    // Sizes: box (x, y, z in size); cylinder (radius, length); plane (width, height).
-    ixo_vector3<float> size{1, 1, 1};
-    float radius = 1, length = 1, width = 1, height = 1;
-    // Plane: root, normal and whether it counts in the bounds.
-    ixo_vector3<float> root{0, 0, 0};
-    ixo_vector3<float> normal{0, 0, 1};
-    bool occupy_space = false;
-    // Mesh: read (and optimised when asked) while the file is checked, so a mesh file
-    // that cannot be read is reported like any other problem in the scene.
-    ixo_object_ptr<ixo_indexed_mesh> mesh;
-    // Rectangle in view pixels.
-    ixo_box2<float> rectangle;
+    // Builds the object itself; its type's reader made it.
+    object_maker make;
+    bool casts_shadow = true;
     ixo_matrix44<float> transform = ixo_identity_transform();
     std::optional<ixo_vector4<unsigned char>> color;
     // Property name (as in the scene-object property list) and value.
@@ -91,13 +62,23 @@ struct scene_desc
     std::vector<object_desc> objects;
 };
 
+// Limits of the format.
+constexpr int max_depth = 64; // objects nest at most this deep
+constexpr int max_view_size = 8192;
+constexpr int max_views = 64;
+constexpr std::size_t max_lights = 7; // slot 0 is the camera's head light
+
 // Reads and checks the scene file at `path`. Relative paths inside it are resolved
 // against its folder. Throws scene_error.
 scene_desc read_scene_file(const std::filesystem::path& path);
+
+// Reads and checks a scene from JSON text; relative paths are taken from `folder`.
+// Throws scene_error.
+scene_desc read_scene_text(const std::string& text, const std::filesystem::path& folder);
 
 // The property names accepted in "properties", in the order of the property values.
 const std::vector<std::string>& property_names();
 
 // The format, as printed by --help.
-const char* format_help();
-} // namespace ixo_render_app
+std::string format_help();
+} // namespace ixo_scene_file
