@@ -184,8 +184,11 @@ bool ixo_spin_object_tool::on_mouse_drag(ixo_object_ptr<ixo_render_view>, int x,
     if (!view_)
         return false;
     ixo_object_ptr<ixo_camera_view> camera = view_->get_camera();
-    camera->set_dynamic(true);
     int const h = camera->get_height();
+    // Without a size every pixel is the focus: there is no angle to measure.
+    if (camera->get_width() <= 0 || h <= 0)
+        return false;
+    camera->set_dynamic(true);
     ixo_vector3<float> const a =
         (camera->point_from_pixel(last_x_, h - last_y_) - m_origin).normalized();
     ixo_vector3<float> const b = (camera->point_from_pixel(x, h - y) - m_origin).normalized();

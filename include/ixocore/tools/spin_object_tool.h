@@ -29,8 +29,7 @@ class ixo_scene_object;
 class IXO_API ixo_spin_object_tool : public ixo_tool
 {
 public:
-    // A tool that turns `object` (may be null: drags then only repaint nothing and answer
-    // false).
+    // A tool that turns `object` (may be null: gestures then turn nothing).
     static ixo_object_ptr<ixo_spin_object_tool> create(ixo_object_ptr<ixo_scene_object> object);
 
     // A speed factor kept for hosts (1 initially); values that are not positive numbers are
@@ -52,7 +51,8 @@ public:
                        bool modifier2) override;
     bool on_mouse_move(ixo_object_ptr<ixo_render_view> view, int x, int y, bool modifier1,
                        bool modifier2) override;
-    // Turns the object (see the class), refits near and far, repaints; true.
+    // Turns the object (see the class), refits near and far, repaints; true. False, doing
+    // nothing, before a down or while the camera has no size.
     bool on_mouse_drag(ixo_object_ptr<ixo_render_view> view, int x, int y, bool modifier1,
                        bool modifier2) override;
     // Clears the dynamic mark and starts a spin when the last step was fast enough; true.
