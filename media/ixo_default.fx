@@ -86,7 +86,10 @@ void main()
         n = -n;
     float head = max(dot(n, to_eye), 0.0);
     vec3 to_light = normalize(v_view_light - v_view_position);
-    float direct = max(dot(n, to_light), 0.0) * lit_by_scene_light();
+    // The map is read only where the scene light can reach the point at all.
+    float direct = max(dot(n, to_light), 0.0);
+    if (direct > 0.0 && any(notEqual(g_lightDiffuse.rgb, vec3(0.0))))
+        direct *= lit_by_scene_light();
     vec3 light = g_lightAmbient.rgb + head * g_headlightDiffuse.rgb + direct * g_lightDiffuse.rgb;
     o_color = vec4(clamp(base.rgb * light, 0.0, 1.0), base.a);
 }

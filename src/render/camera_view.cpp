@@ -367,6 +367,9 @@ bool ixo_camera_view::initiate_draw()
     {
         light_->set_position(eye_[0], eye_[1], eye_[2]);
         light_->draw(nullptr);
+        // Switched off, the head light must not light the fixed-function passes either.
+        if (!light_on_)
+            device->LightEnable(DWORD(std::max(light_->get_index(), 0)), FALSE);
     }
     if (ID3DXEffect* effect = ixo_direct3d::get_effect())
     {

@@ -8,6 +8,7 @@
 #include <ixocore/platform/d3dx9_effect.h>
 #include <ixocore/render/camera_view.h>
 #include <ixocore/render/direct3d.h>
+#include <ixocore/render/light.h>
 #include <ixocore/render/scene_draw_data.h>
 #include <ixocore/render/view_commands.h>
 #include <ixocore/scene/scene.h>
@@ -75,6 +76,15 @@ IDirect3DDevice9* device()
 ID3DXEffect* effect()
 {
     return ixo_application::instance() ? ixo_direct3d::get_effect() : nullptr;
+}
+
+// The light-space view and projection of a light, one after the other, row-major.
+std::array<float, 32> light_matrices(const ixo_light& light)
+{
+    std::array<float, 32> m{};
+    light.get_shadow_view().array(m.data());
+    light.get_shadow_projection().array(m.data() + 16);
+    return m;
 }
 } // namespace
 
@@ -409,6 +419,19 @@ void ixo_render_view::pick_unlock()
     pick_rect_ = D3DLOCKED_RECT{};
 }
 
+bool ixo_render_view::shadow_map_current(const ixo_light* light) const
+{
+    if (!shadow_drawn_ || shadow_scene_ != scene_.get() ||
+        shadow_revision_ != scene_->get_revision() || shadow_light_ != light ||
+        shadow_width_ != camera_->get_width() || shadow_height_ != camera_->get_height())
+        return false;
+    bool const casts = light && light->get_direct_light_enabled();
+    if (casts != shadow_light_casts_)
+        return false;
+    // A light that casts nothing leaves the map as cleared whatever its matrices.
+    return !casts || shadow_matrices_ == light_matrices(*light);
+}
+
 bool ixo_render_view::map_shadows()
 {
     if (!check_device())
@@ -416,32 +439,49 @@ bool ixo_render_view::map_shadows()
     IDirect3DDevice9* dev = device();
     if (!shadow_texture_ || !shadow_depth_)
         return false;
-    IDirect3DSurface9* level = nullptr;
-    if (FAILED(shadow_texture_->GetSurfaceLevel(0, &level)) || !level)
-        return false;
-    dev->SetRenderTarget(0, level);
-    dev->SetDepthStencilSurface(shadow_depth_);
-    bool ok = SUCCEEDED(dev->Clear(
-        0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER | D3DCLEAR_STENCIL, 0xFFFFFFFFu, 1.0f, 0));
     int const w = 2 * camera_->get_width();
     int const h = 2 * camera_->get_height();
-    D3DVIEWPORT9 vp{};
-    vp.Width = static_cast<DWORD>(w);
-    vp.Height = static_cast<DWORD>(h);
-    vp.MinZ = 0.0f;
-    vp.MaxZ = 1.0f;
-    dev->SetViewport(&vp);
+    // Only the first light casts shadows.
+    ixo_object_ptr<ixo_light> const light =
+        scene_ && scene_->get_num_lights() > 0 ? scene_->get_light(0) : nullptr;
 
-    if (scene_)
+    bool ok = true;
+    if (!scene_)
+        ok = false;
+    else if (!shadow_map_current(light.get()))
     {
+        IDirect3DSurface9* level = nullptr;
+        if (FAILED(shadow_texture_->GetSurfaceLevel(0, &level)) || !level)
+            return false;
+        dev->SetRenderTarget(0, level);
+        dev->SetDepthStencilSurface(shadow_depth_);
+        ok = SUCCEEDED(dev->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER | D3DCLEAR_STENCIL,
+                                  0xFFFFFFFFu, 1.0f, 0));
+        D3DVIEWPORT9 vp{};
+        vp.Width = static_cast<DWORD>(w);
+        vp.Height = static_cast<DWORD>(h);
+        vp.MinZ = 0.0f;
+        vp.MaxZ = 1.0f;
+        dev->SetViewport(&vp);
+
         ixo_scene_draw_data d;
         d.set_render_view(ixo_object_ptr<ixo_render_view>(this));
         d.set_mapping_shadows(true);
         ok = scene_->draw(d) && ok;
-    }
-    else
-        ok = false;
+        level->Release();
 
+        // A failed pass is drawn again next frame.
+        shadow_drawn_ = ok;
+        shadow_scene_ = scene_.get();
+        shadow_revision_ = scene_->get_revision();
+        shadow_light_ = light.get();
+        shadow_light_casts_ = light && light->get_direct_light_enabled();
+        shadow_matrices_ = light ? light_matrices(*light) : std::array<float, 32>{};
+        shadow_width_ = camera_->get_width();
+        shadow_height_ = camera_->get_height();
+    }
+
+    // Every frame: the effect is shared with the other views and their maps.
     if (ID3DXEffect* fx = effect())
     {
         fx->SetTexture("g_shadowTexture", shadow_texture_);
@@ -449,7 +489,6 @@ bool ixo_render_view::map_shadows()
         fx->SetInt("g_shadowHeight", h);
         fx->CommitChanges();
     }
-    level->Release();
     return ok;
 }
 
@@ -483,6 +522,7 @@ void ixo_render_view::d3d_release()
     release_device_object(shadow_texture_);
     release_device_object(shadow_depth_);
     presented_ = false;
+    shadow_drawn_ = false;
 }
 
 bool ixo_render_view::load_background_image(const ixo_string& path)

@@ -24,7 +24,8 @@ inline ID3DXEffect* effect()
 }
 
 // Runs `draw` inside pass 0 of the effect's current technique when an effect exists and
-// the pass reads the shadow map, else on the device's fixed function.
+// the pass reads the shadow map, else on the device's fixed function (or inside the pass
+// that the caller has begun: the shadow-map pass draws everything through its technique).
 template <typename F> void draw_with_shadows(const ixo_scene_draw_data& d, F&& draw)
 {
     ID3DXEffect* fx = d.do_draw_mapped_shadows() ? effect() : nullptr;

@@ -59,6 +59,19 @@ D3DXMATRIX identity_matrix()
         m.m[i][i] = 1.0f;
     return m;
 }
+
+// The camera's head light writes the scene-light parameters too as it draws; it reaches
+// the effect only through "g_headlightDiffuse", so every pass starts them at zero and a
+// scene without lights is lit once, by the head light alone.
+void clear_scene_light_parameters(ID3DXEffect* effect)
+{
+    if (!effect)
+        return;
+    D3DXVECTOR4 const zero(0.0f, 0.0f, 0.0f, 0.0f);
+    effect->SetVector("g_lightPos", &zero);
+    effect->SetVector("g_lightDiffuse", &zero);
+    effect->SetVector("g_lightAmbient", &zero);
+}
 } // namespace
 
 ixo_object_ptr<ixo_scene> ixo_scene::create()
@@ -89,6 +102,7 @@ ixo_scene& ixo_scene::operator=(const ixo_scene& other)
     full_update_ = other.full_update_;
     cached_bounds_ = other.cached_bounds_;
     last_render_time_ = other.last_render_time_;
+    touch();
     return *this;
 }
 
@@ -120,20 +134,25 @@ bool ixo_scene::do_full_update() const
 
 void ixo_scene::add_light(ixo_object_ptr<ixo_light> light)
 {
-    if (light)
-        lights_.push_back(std::move(light));
+    if (!light)
+        return;
+    lights_.push_back(std::move(light));
+    touch();
 }
 
 void ixo_scene::remove_light(ixo_object_ptr<ixo_light> light)
 {
     auto const it = std::find(lights_.begin(), lights_.end(), light);
-    if (it != lights_.end())
-        lights_.erase(it);
+    if (it == lights_.end())
+        return;
+    lights_.erase(it);
+    touch();
 }
 
 void ixo_scene::remove_all_lights()
 {
     lights_.clear();
+    touch();
 }
 
 int ixo_scene::get_num_lights() const
@@ -146,6 +165,16 @@ ixo_object_ptr<ixo_light> ixo_scene::get_light(int index) const
     if (index < 0 || index >= get_num_lights())
         return nullptr;
     return lights_[static_cast<std::size_t>(index)];
+}
+
+std::uint64_t ixo_scene::get_revision() const
+{
+    return revision_;
+}
+
+void ixo_scene::touch()
+{
+    ++revision_;
 }
 
 bool ixo_scene::pre_reset()
@@ -262,6 +291,7 @@ bool ixo_scene::draw_mapping(ixo_scene_draw_data& d)
 
 bool ixo_scene::draw_passes(ixo_scene_draw_data& d, bool transparent_pass)
 {
+    clear_scene_light_parameters(current_effect());
     bool ok = true;
     for (const auto& light : lights_)
         if (!light->draw(&d))
@@ -321,10 +351,25 @@ bool ixo_scene::map_shadows(ixo_scene_draw_data& d)
     device->SetRenderState(D3DRS_CULLMODE, D3DCULL_CW);
     if (effect)
         effect->SetTechnique("ShadowTechnique");
+    clear_scene_light_parameters(effect);
+    // Whatever world matrix the last pass or host drawing left must not move the map.
+    D3DXMATRIX const identity = identity_matrix();
+    device->SetTransform(D3DTS_WORLD, &identity);
+
+    // Every object draws inside the shadow technique's pass, those that otherwise draw on
+    // the fixed function too: the map then holds light-space depth only, and nothing of
+    // the lights and eye that the previous frame left on the device.
+    UINT passes = 0;
+    bool const in_pass = effect && SUCCEEDED(effect->Begin(&passes, 0));
+    bool const in_technique = in_pass && SUCCEEDED(effect->BeginPass(0));
 
     // Objects without cast_shadow skip themselves in this pass.
     d.set_transparent(false);
     bool const ok = root_->draw(d);
+    if (in_technique)
+        effect->EndPass();
+    if (in_pass)
+        effect->End();
     bool const ended = SUCCEEDED(device->EndScene());
     return ok && ended;
 }

@@ -103,7 +103,11 @@ ixo_scene_object::~ixo_scene_object()
 void ixo_scene_object::set_property(property p, bool on)
 {
     check_property(p);
+    if (properties_.test(static_cast<std::size_t>(p)) == on)
+        return;
     properties_.set(static_cast<std::size_t>(p), on);
+    if (scene_)
+        scene_->touch();
 }
 
 bool ixo_scene_object::get_property(property p) const
@@ -245,6 +249,8 @@ ixo_matrix44<float> ixo_scene_object::get_total_transform() const
 void ixo_scene_object::set_transform(const ixo_matrix44<float>& transform)
 {
     transform_ = transform;
+    if (scene_)
+        scene_->touch();
 }
 
 // ---------------------------------------------------------------------------------------
@@ -276,6 +282,8 @@ void ixo_scene_object::report(bool changed)
 {
     if (!scene_)
         return;
+    if (changed)
+        scene_->touch();
     ixo_object_ptr<ixo_event_manager> const manager = ixo_event_manager::get_app_event_manager();
     if (!manager)
         return;

@@ -9,6 +9,7 @@
 #include <ixocore/render/render_view.h>
 #include <ixocore/render/render_view_manager.h>
 #include <ixocore/scene/scene.h>
+#include <ixocore/scene/scene_plane.h>
 
 #include "render/view_test_box.h"
 
@@ -18,6 +19,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -399,6 +401,8 @@ TEST_F(render_view_test, failed_shadow_pass_still_presents_the_frame)
     ASSERT_TRUE(view->paint());
 
     box->fail_in_shadow_pass = true;
+    // The map is drawn again only for a changed scene.
+    scene->touch();
     box->normal_draws = 0;
     EXPECT_FALSE(view->paint());
     EXPECT_EQ(box->normal_draws, 1);
@@ -426,5 +430,156 @@ TEST_F(render_view_test, sizes_and_resize)
     EXPECT_FALSE(view->capture(none)) << "nothing presented since the resize";
     ASSERT_TRUE(view->paint());
     EXPECT_EQ(frame(view.get()).size(), std::size_t(160) * 100);
+}
+
+TEST_F(render_view_test, head_light_lights_a_lightless_scene_once_and_off_leaves_it_dark)
+{
+    // A grey face turned to the eye: the head light alone gives it its own colour, 200.
+    make_red_box_view();
+    box->set_color(ixo_vector4<unsigned char>(200, 200, 200, 255));
+    struct case_
+    {
+        bool shadow_mapping, head_light;
+        int low, high;
+    } const cases[] = {
+        {true, true, 197, 203}, // through the effect: exactly once
+        {true, false, 0, 8},    // no scene light, no ambient: black
+        {false, true, 150, 255},
+        {false, false, 0, 20}, // the fixed function keeps the device's small ambient
+    };
+    for (case_ const& c : cases)
+    {
+        view->set_shadow_mapping(c.shadow_mapping);
+        view->get_camera()->use_light(c.head_light);
+        ASSERT_TRUE(view->paint());
+        rgb const centre = at(frame(view.get()), view_w, view_w / 2, view_h / 2);
+        EXPECT_GE(centre.r, c.low) << c.shadow_mapping << c.head_light;
+        EXPECT_LE(centre.r, c.high) << c.shadow_mapping << c.head_light;
+        EXPECT_EQ(centre.r, centre.b);
+    }
+}
+
+// A box lit from above and to the left over a floor, seen from straight above: its shadow
+// falls on the floor to its right.
+class shadowed_view_test : public render_view_test
+{
+protected:
+    void SetUp() override
+    {
+        render_view_test::SetUp();
+        auto floor = ixo_scene_plane::create(
+            ixo_plane<float>(ixo_vector3<float>(0, 0, 0), ixo_vector3<float>(0, 1, 0)), 10, 10);
+        floor->set_occupy_space(true);
+        scene->get_root()->add_child(floor);
+        box = view_test_box::create(1.0f, 1.0f, 1.0f);
+        box->set_transform(ixo_translation_transform(ixo_vector3<float>(0, 1.5f, 0)));
+        box->set_property(ixo_scene_object::cast_shadow, true);
+        scene->get_root()->add_child(box);
+        light = ixo_light::create(1);
+        light->set_position(-6, 10, 0);
+        ASSERT_TRUE(light->compute_shadow_matrices(scene->get_bounds()));
+        scene->add_light(light);
+        view = manager->create();
+        ASSERT_TRUE(view->initialize(nullptr, view_w, view_h, scene));
+        camera = view->get_camera();
+        camera->use_perspective(true);
+        camera->set_eye(ixo_vector3<float>(0, 12, 0));
+        camera->set_focus(ixo_vector3<float>(0, 0, 0));
+        camera->set_up(ixo_vector3<float>(0, 0, -1));
+        camera->near_far_to_box(scene->get_bounds());
+        // The scene light alone, so that its shadow stands out.
+        camera->use_light(false);
+    }
+    void TearDown() override
+    {
+        light = nullptr;
+        camera = nullptr;
+        render_view_test::TearDown();
+    }
+
+    rgb floor_at(const rgba_image& image, float x, float z)
+    {
+        ixo_vector2<float> const p = camera->pixel_from_point(ixo_vector3<float>(x, 0, z));
+        return at(image, view_w, unsigned(p[0]), unsigned(p[1]));
+    }
+
+    ixo_object_ptr<ixo_light> light;
+    ixo_object_ptr<ixo_camera_view> camera;
+};
+
+TEST_F(shadowed_view_test, painting_twice_gives_the_same_picture_with_the_shadow_in_both)
+{
+    std::vector<rgba_image> frames;
+    for (int i = 0; i < 4; ++i)
+    {
+        // Frames that draw the shadow map again and frames that reuse it.
+        if (i % 2 == 1)
+            scene->touch();
+        ASSERT_TRUE(view->paint());
+        frames.push_back(frame(view.get()));
+        // The floor from (0.1, 0, ±0.6) to (2.1, 0, ±0.6) lies in the shadow; its mirror image
+        // left of the box is lit, and so is the floor beyond the shadow, at x = 3.
+        rgb const shadowed = floor_at(frames.back(), 1.4f, 0);
+        rgb const lit = floor_at(frames.back(), 3.0f, 0);
+        EXPECT_LT(shadowed.r + 60, lit.r) << "frame " << i;
+        EXPECT_LT(shadowed.r + 60, floor_at(frames.back(), -1.4f, 0).r) << "frame " << i;
+    }
+    for (std::size_t i = 1; i < frames.size(); ++i)
+        EXPECT_TRUE(frames[i] == frames[0]) << "frame " << i;
+
+    // A pick in between changes no state that the next frame depends on.
+    ASSERT_TRUE(view->map());
+    ASSERT_TRUE(view->paint());
+    EXPECT_TRUE(frame(view.get()) == frames[0]);
+}
+
+TEST_F(shadowed_view_test, shadow_map_is_drawn_again_only_when_what_it_shows_changed)
+{
+    ASSERT_TRUE(view->paint());
+    ASSERT_EQ(box->shadow_draws, 1);
+    auto const other = view_test_box::create(0.5f, 0.5f, 0.5f);
+    struct case_
+    {
+        const char* change;
+        std::function<void()> apply;
+        bool redrawn;
+    } const cases[] = {
+        {"nothing", [] {}, false},
+        {"the camera orbits", [&] { camera->rotate_horizontally(0.3f); }, false},
+        {"a colour", [&] { box->set_color(ixo_vector4<unsigned char>(9, 9, 9, 255)); }, false},
+        {"a transform",
+         [&] { box->set_transform(ixo_translation_transform(ixo_vector3<float>(0, 2, 0))); }, true},
+        {"a child added", [&] { scene->get_root()->add_child(other); }, true},
+        {"a property", [&] { other->set_property(ixo_scene_object::cast_shadow, true); }, true},
+        {"the light's matrices",
+         [&]
+         {
+             light->set_position(-5, 10, 1);
+             light->compute_shadow_matrices(scene->get_bounds());
+         },
+         true},
+        // Switched off, the light casts nothing: the map is cleared and nothing drawn in it.
+        {"the direct term off", [&] { light->set_direct_light_enabled(false); }, false},
+        {"the direct term on", [&] { light->set_direct_light_enabled(true); }, true},
+        {"the view's size", [&] { view->resize(view_w / 2, view_h / 2); }, true},
+        {"a touch", [&] { scene->touch(); }, true},
+    };
+    for (case_ const& c : cases)
+    {
+        box->shadow_draws = 0;
+        c.apply();
+        ASSERT_TRUE(view->paint()) << c.change;
+        EXPECT_EQ(box->shadow_draws, c.redrawn ? 1 : 0) << c.change;
+    }
+
+    // A second view of the scene keeps its own map; neither redraws the other's.
+    auto second = manager->create();
+    ASSERT_TRUE(second->initialize(nullptr, view_w, view_h, scene));
+    ASSERT_TRUE(view->paint());
+    ASSERT_TRUE(second->paint());
+    box->shadow_draws = 0;
+    ASSERT_TRUE(view->paint());
+    ASSERT_TRUE(second->paint());
+    EXPECT_EQ(box->shadow_draws, 0);
 }
 } // namespace

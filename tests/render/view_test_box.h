@@ -1,6 +1,6 @@
 #pragma once
-// The library's box for render-view tests, counting its normal-pass draws and able to fail
-// in the shadow-map pass.
+// The library's box for render-view tests, counting its normal-pass and shadow-map-pass
+// draws and able to fail in the shadow-map pass.
 
 #include <ixocore/render/scene_draw_data.h>
 #include <ixocore/scene/scene_box.h>
@@ -19,12 +19,15 @@ public:
     {
         if (d.do_mapping_shadows() && fail_in_shadow_pass)
             return false;
+        if (d.do_mapping_shadows())
+            ++shadow_draws;
         if (!d.do_mapping() && !d.do_mapping_shadows())
             ++normal_draws;
         return ixo_scene_box::draw_object(d);
     }
 
     int normal_draws = 0;
+    int shadow_draws = 0;
     bool fail_in_shadow_pass = false;
 
 private:

@@ -21,9 +21,12 @@
 #include <ixocore/platform/d3d9.h>
 #include <ixocore/platform/win32.h>
 
+#include <array>
+#include <cstdint>
 #include <vector>
 
 class ixo_camera_view;
+class ixo_light;
 class ixo_render_view_manager;
 class ixo_scene;
 class ixo_scene_object;
@@ -118,6 +121,8 @@ private:
     bool begin_paint();
     bool end_paint();
     bool map_shadows();
+    // Whether the shadow map still holds what a new shadow pass would draw.
+    bool shadow_map_current(const ixo_light* light) const;
     bool paint_overlay(bool mapping);
     void d3d_release();
     // Stops answering redraw requests and lets go of the device objects and the scene:
@@ -148,4 +153,15 @@ private:
     ixo_event_key redraw_key_;
     // Whether render_target_ holds a presented frame.
     bool presented_ = false;
+    // What the shadow map was last drawn from: the scene at a revision, its first light
+    // with its light-space matrices, and the map's size. The map is drawn again only when
+    // one of them differs; releasing the surfaces forgets it.
+    bool shadow_drawn_ = false;
+    const ixo_scene* shadow_scene_ = nullptr;
+    std::uint64_t shadow_revision_ = 0;
+    const ixo_light* shadow_light_ = nullptr;
+    bool shadow_light_casts_ = false;
+    std::array<float, 32> shadow_matrices_{};
+    int shadow_width_ = 0;
+    int shadow_height_ = 0;
 };

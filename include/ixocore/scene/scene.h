@@ -9,6 +9,7 @@
 #include <ixocore/core/object_ptr.h>
 #include <ixocore/math/box.h>
 
+#include <cstdint>
 #include <vector>
 
 class ixo_light;
@@ -55,6 +56,13 @@ public:
     int get_num_lights() const;
     ixo_object_ptr<ixo_light> get_light(int index) const;
 
+    // A count that grows with every change to what the scene draws: tree changes, object
+    // transforms and properties, lights added or removed, and touch(). Render views compare
+    // it to tell whether their shadow map still holds. Constant time.
+    std::uint64_t get_revision() const;
+    // Counts a change the scene cannot see by itself (geometry rebuilt in place by a host).
+    void touch();
+
 private:
     ixo_scene();
     ixo_scene(const ixo_scene& other);
@@ -75,4 +83,5 @@ private:
     bool full_update_ = true;
     ixo_box3<float> cached_bounds_;
     long last_render_time_ = 0;
+    std::uint64_t revision_ = 0;
 };

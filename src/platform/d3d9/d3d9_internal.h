@@ -402,6 +402,10 @@ public:
     void unbind_buffer(const void* buffer);
     // Binds a GL texture to a unit unless it is bound there already.
     void bind_texture_unit(GLuint unit, GLuint texture);
+    // Binds a sampler object to a unit unless it is bound there already; forget_sampler
+    // drops a sampler about to be deleted from that record.
+    void bind_sampler_unit(GLuint unit, GLuint sampler);
+    void forget_sampler(GLuint sampler);
     void set_program_override(ixo_d3d9_program_override* program);
     // Effects hear of destroyed textures; they hold textures without a reference.
     void add_effect(ixo_d3d9_program_override* effect) { m_effects.push_back(effect); }
@@ -483,6 +487,8 @@ private:
     bool m_viewport_dirty = true;
     bool m_program_dirty = true;
     GLuint m_ubo = 0;
+    // What the uniform block holds, as last uploaded (empty: unknown).
+    std::vector<std::uint8_t> m_ff_uploaded;
     GLuint m_up_buffer = 0;
     GLsizeiptr m_up_buffer_size = 0;
     GLuint m_up_index_buffer = 0;
@@ -497,6 +503,7 @@ private:
     UINT m_bound_stride = 0;
     GLuint m_bound_index_buffer = 0;
     std::array<GLuint, 16> m_bound_textures{};
+    std::array<GLuint, 16> m_bound_samplers{};
     GLuint m_ff_program = 0;
     DWORD m_ff_fvf = ~0u;
 };

@@ -139,6 +139,7 @@ void ixo_d3d9_device::init_gl()
     {
         glCreateSamplers(1, &m_stages[i].sampler);
         glBindSampler(static_cast<GLuint>(i), m_stages[i].sampler);
+        m_bound_samplers[i] = m_stages[i].sampler;
     }
 }
 
@@ -689,6 +690,22 @@ void ixo_d3d9_device::bind_texture_unit(GLuint unit, GLuint texture)
     glBindTextureUnit(unit, texture);
     if (unit < m_bound_textures.size())
         m_bound_textures[unit] = texture;
+}
+
+void ixo_d3d9_device::bind_sampler_unit(GLuint unit, GLuint sampler)
+{
+    if (unit < m_bound_samplers.size() && m_bound_samplers[unit] == sampler)
+        return;
+    glBindSampler(unit, sampler);
+    if (unit < m_bound_samplers.size())
+        m_bound_samplers[unit] = sampler;
+}
+
+void ixo_d3d9_device::forget_sampler(GLuint sampler)
+{
+    for (GLuint& bound : m_bound_samplers)
+        if (bound == sampler)
+            bound = 0;
 }
 
 // ---------------------------------------------------------------------------------------

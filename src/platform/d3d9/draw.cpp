@@ -494,7 +494,28 @@ void ixo_d3d9_device::upload_fixed_function_uniforms()
         o.attenuation[2] = l.Attenuation2;
         o.attenuation[3] = l.Range;
     }
-    glNamedBufferSubData(m_ubo, 0, sizeof(u), &u);
+    // Only the bytes that differ from the last upload go to the buffer: from object to
+    // object usually the matrices and the material, never the lights.
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(&u);
+    if (m_ff_uploaded.size() != sizeof(u))
+    {
+        m_ff_uploaded.assign(bytes, bytes + sizeof(u));
+        glNamedBufferSubData(m_ubo, 0, sizeof(u), &u);
+    }
+    else
+    {
+        std::size_t first = 0, last = sizeof(u);
+        while (first < last && bytes[first] == m_ff_uploaded[first])
+            ++first;
+        while (last > first && bytes[last - 1] == m_ff_uploaded[last - 1])
+            --last;
+        if (first < last)
+        {
+            std::memcpy(m_ff_uploaded.data() + first, bytes + first, last - first);
+            glNamedBufferSubData(m_ubo, static_cast<GLintptr>(first),
+                                 static_cast<GLsizeiptr>(last - first), bytes + first);
+        }
+    }
     m_uniforms_dirty = false;
 }
 

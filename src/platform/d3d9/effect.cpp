@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <fstream>
 #include <sstream>
+#include <string_view>
 
 namespace
 {
@@ -186,7 +187,11 @@ public:
         for (technique& t : m_techniques)
             glDeleteProgram(t.program);
         if (m_sampler)
+        {
+            // GL unbinds a deleted sampler; the device's record of the units must follow.
+            m_device->forget_sampler(m_sampler);
             glDeleteSamplers(1, &m_sampler);
+        }
         m_device->Release();
     }
 
@@ -253,9 +258,8 @@ public:
         parameter* p = numeric(h);
         if (!p)
             return D3DERR_INVALIDCALL;
-        p->i = b ? 1 : 0;
-        p->f[0] = static_cast<float>(p->i);
-        return changed(*p);
+        int const i = b ? 1 : 0;
+        return assign(*p, {static_cast<float>(i)}, i);
     }
     HRESULT GetBool(D3DXHANDLE h, BOOL* pb) override
     {
@@ -270,9 +274,7 @@ public:
         parameter* p = numeric(h);
         if (!p)
             return D3DERR_INVALIDCALL;
-        p->i = n;
-        p->f[0] = static_cast<float>(n);
-        return changed(*p);
+        return assign(*p, {static_cast<float>(n)}, n);
     }
     HRESULT GetInt(D3DXHANDLE h, INT* pn) override
     {
@@ -287,9 +289,7 @@ public:
         parameter* p = numeric(h);
         if (!p)
             return D3DERR_INVALIDCALL;
-        p->f[0] = f;
-        p->i = static_cast<int>(f);
-        return changed(*p);
+        return assign(*p, {f}, static_cast<int>(f));
     }
     HRESULT GetFloat(D3DXHANDLE h, FLOAT* pf) override
     {
@@ -304,9 +304,7 @@ public:
         parameter* p = numeric(h);
         if (!p || !v || p->type == GL_FLOAT_MAT4)
             return D3DERR_INVALIDCALL;
-        p->f[0] = v->x, p->f[1] = v->y, p->f[2] = v->z, p->f[3] = v->w;
-        p->i = static_cast<int>(v->x);
-        return changed(*p);
+        return assign(*p, {v->x, v->y, v->z, v->w}, static_cast<int>(v->x));
     }
     HRESULT GetVector(D3DXHANDLE h, D3DXVECTOR4* v) override
     {
@@ -321,8 +319,9 @@ public:
         parameter* p = find(h);
         if (!p || !m || p->type != GL_FLOAT_MAT4)
             return D3DERR_INVALIDCALL;
-        std::memcpy(p->f.data(), &m->_11, sizeof(float) * 16);
-        return changed(*p);
+        std::array<float, 16> f;
+        std::memcpy(f.data(), &m->_11, sizeof(float) * 16);
+        return assign(*p, f, p->i);
     }
     HRESULT GetMatrix(D3DXHANDLE h, D3DXMATRIX* m) override
     {
@@ -340,8 +339,12 @@ public:
                    static_cast<ixo_d3d9_texture*>(static_cast<IDirect3DTexture9*>(t))->device() !=
                        m_device)))
             return D3DERR_INVALIDCALL;
-        p->texture = t;
-        return changed(*p);
+        if (p->texture != t)
+        {
+            p->texture = t;
+            p->version = ++m_version;
+        }
+        return D3D_OK;
     }
     HRESULT GetTexture(D3DXHANDLE h, LPDIRECT3DBASETEXTURE9* t) override
     {
@@ -440,7 +443,7 @@ public:
                         ? static_cast<ixo_d3d9_texture*>(static_cast<IDirect3DTexture9*>(p.texture))
                         : nullptr;
                 m_device->bind_texture_unit(p.unit, texture ? texture->texture() : 0);
-                glBindSampler(p.unit, m_sampler);
+                m_device->bind_sampler_unit(p.unit, m_sampler);
                 continue;
             }
             if (t.uploaded[i] == p.version)
@@ -553,7 +556,7 @@ private:
     {
         if (!name)
             return -1;
-        auto it = m_index.find(name);
+        auto it = m_index.find(std::string_view(name));
         return it == m_index.end() ? -1 : it->second;
     }
 
@@ -579,8 +582,14 @@ private:
         return p && !is_sampler(p->type) ? p : nullptr;
     }
 
-    HRESULT changed(parameter& p)
+    // Stores a value; only a different one counts as a change that the programs upload
+    // (the scene sets the same flags and matrices for object after object).
+    HRESULT assign(parameter& p, const std::array<float, 16>& f, int i)
     {
+        if (p.f == f && p.i == i)
+            return D3D_OK;
+        p.f = f;
+        p.i = i;
         p.version = ++m_version;
         return D3D_OK;
     }
@@ -588,7 +597,17 @@ private:
     ixo_d3d9_device* m_device;
     std::vector<technique> m_techniques;
     std::vector<parameter> m_parameters;
-    std::unordered_map<std::string, int> m_index;
+    // Looked up by the caller's C string without making a std::string of it: the scene asks
+    // for parameters by name for every object it draws.
+    struct name_hash
+    {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const
+        {
+            return std::hash<std::string_view>{}(name);
+        }
+    };
+    std::unordered_map<std::string, int, name_hash, std::equal_to<>> m_index;
     int m_current = 0;
     bool m_begun = false;
     bool m_in_pass = false;
