@@ -9,6 +9,7 @@ const std::vector<object_type>& object_types()
         std::vector<object_type> t;
         add_primitive_types(t);
         add_mesh_types(t);
+        add_annotation_types(t);
         return t;
     }();
     return types;

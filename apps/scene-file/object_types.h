@@ -51,4 +51,5 @@ const object_type* find_object_type(const std::string& name);
 // The families.
 void add_primitive_types(std::vector<object_type>& types);
 void add_mesh_types(std::vector<object_type>& types);
+void add_annotation_types(std::vector<object_type>& types);
 } // namespace ixo_scene_file

@@ -374,7 +374,8 @@ OBJECT:
                              depth_test, depth_write, cast_shadow, inherit_visible,
                              inherit_transparent, inherit_color, inherit_alpha,
                              inherit_depth_test, inherit_depth_write. Every object but
-                             planes and rectangles casts shadows unless told otherwise.
+                             planes, rectangles, text, labels, legends and overlay
+                             rectangles casts shadows unless told otherwise.
   "children"                 [OBJECT, ...], drawn in the parent's frame (64 levels deep
                              at most)
   By type (all sizes positive):

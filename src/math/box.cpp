@@ -1,13 +1,27 @@
 #include <ixocore/math/box.h>
 
 #include <cmath>
+#include <limits>
+#include <type_traits>
+
+namespace
+{
+// The empty box's corner magnitude: 1e30, or the type's limit where 1e30 does not fit.
+template <typename T> T huge_value()
+{
+    if constexpr (std::is_integral_v<T>)
+        return std::numeric_limits<T>::max();
+    else
+        return T(ixo_huge);
+}
+} // namespace
 
 template <typename B, typename V, typename T, int N> void ixo_box_base<B, V, T, N>::clear()
 {
     for (int i = 0; i < N; ++i)
     {
-        minimum_[i] = T(ixo_huge);
-        maximum_[i] = T(-ixo_huge);
+        minimum_[i] = huge_value<T>();
+        maximum_[i] = -huge_value<T>();
     }
 }
 
@@ -48,7 +62,7 @@ template <typename B, typename V, typename T, int N> V ixo_box_base<B, V, T, N>:
     V m;
     const bool is_empty = empty();
     for (int i = 0; i < N; ++i)
-        m[i] = is_empty ? T(ixo_huge) : (minimum_[i] + maximum_[i]) * T(0.5);
+        m[i] = is_empty ? huge_value<T>() : T((minimum_[i] + maximum_[i]) / T(2));
     return m;
 }
 
@@ -138,8 +152,10 @@ template class ixo_box_base<ixo_box2<float>, ixo_vector2<float>, float, 2>;
 template class ixo_box_base<ixo_box2<double>, ixo_vector2<double>, double, 2>;
 template class ixo_box_base<ixo_box3<float>, ixo_vector3<float>, float, 3>;
 template class ixo_box_base<ixo_box3<double>, ixo_vector3<double>, double, 3>;
+template class ixo_box_base<ixo_box2<int>, ixo_vector2<int>, int, 2>;
 template class ixo_box2<float>;
 template class ixo_box2<double>;
+template class ixo_box2<int>;
 template class ixo_box3<float>;
 template class ixo_box3<double>;
 template float ixo_min_dist_box_on_ray<float>(const ixo_vector3<float>&, const ixo_vector3<float>&,

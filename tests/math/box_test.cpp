@@ -101,6 +101,19 @@ TEST(box, box2)
     d += ixo_box2<double>(ixo_vector2<double>(-2, 0.5), ixo_vector2<double>(0, 3));
     EXPECT_EQ(d.minimum(), ixo_vector2<double>(-2, 0));
     EXPECT_EQ(d.maximum(), ixo_vector2<double>(1, 3));
+
+    // Pixel rectangles: the empty state needs no out-of-range conversion, and an empty box
+    // contains nothing, not even the extreme pixel.
+    using v2i = ixo_vector2<int>;
+    ixo_box2<int> p;
+    EXPECT_TRUE(p.empty());
+    EXPECT_FALSE(p.contains(v2i(0, 0)));
+    EXPECT_EQ(p.extents(), v2i(0, 0));
+    p += v2i(3, 4);
+    p += v2i(8, 9);
+    EXPECT_EQ(p.middle(), v2i(5, 6));
+    EXPECT_TRUE(p.contains(v2i(8, 4)));
+    EXPECT_FALSE(p.contains(v2i(9, 4)));
 }
 
 TEST(box, distances_along_a_ray)

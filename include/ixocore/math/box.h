@@ -1,9 +1,10 @@
 #pragma once
-// Axis-aligned boxes ixo_box2<T> and ixo_box3<T> (T = float or double), and the extent of a
-// box along a viewing ray.
+// Axis-aligned boxes ixo_box2<T> (T = float, double or int, the last for pixel rectangles)
+// and ixo_box3<T> (T = float or double), and the extent of a box along a viewing ray.
 //
 // A box is its two corners, minimum and maximum. The empty box has minimum 1e30 and
-// maximum -1e30 on every axis, so growing it by a point yields that point. A box is empty
+// maximum -1e30 on every axis (the largest and the negated largest value for int), so
+// growing it by a point yields that point. A box is empty
 // when minimum[i] > maximum[i] on some axis; a single point is not empty.
 
 #include <ixocore/core/api.h>
@@ -31,7 +32,8 @@ public:
     // Grows the box to hold another one; an empty box adds nothing.
     B& operator+=(const B& other);
 
-    // The centre (minimum + maximum) / 2; 1e30 on every axis for an empty box.
+    // The centre (minimum + maximum) / 2 (truncated for int); 1e30 on every axis for an
+    // empty box.
     V middle() const;
     // maximum - minimum per axis; zero for an empty box.
     V extents() const;
@@ -102,8 +104,10 @@ extern template class ixo_box_base<ixo_box2<float>, ixo_vector2<float>, float, 2
 extern template class ixo_box_base<ixo_box2<double>, ixo_vector2<double>, double, 2>;
 extern template class ixo_box_base<ixo_box3<float>, ixo_vector3<float>, float, 3>;
 extern template class ixo_box_base<ixo_box3<double>, ixo_vector3<double>, double, 3>;
+extern template class ixo_box_base<ixo_box2<int>, ixo_vector2<int>, int, 2>;
 extern template class ixo_box2<float>;
 extern template class ixo_box2<double>;
+extern template class ixo_box2<int>;
 extern template class ixo_box3<float>;
 extern template class ixo_box3<double>;
 extern template float ixo_min_dist_box_on_ray<float>(const ixo_vector3<float>&,
