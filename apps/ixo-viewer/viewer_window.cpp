@@ -12,6 +12,7 @@
 #include <ixocore/scene/scene.h>
 #include <ixocore/scene/scene_object.h>
 #include <ixocore/scene/selection.h>
+#include <ixocore/tools/label_move_tool.h>
 #include <ixocore/tools/selection_tool.h>
 #include <ixocore/tools/spin_object_tool.h>
 #include <ixocore/tools/tool.h>
@@ -46,6 +47,8 @@ const char* const bindings_help =
     "  c                   left drag: constrained trackball (keeps +y up) / free trackball\n"
     "  t                   left drag: spin the selected object (or the scene) about z and\n"
     "                      let it go to keep it turning / back to rotating\n"
+    "  l                   left drag: move call-out labels by their title bar / resize\n"
+    "                      them / back to rotating\n"
     "  s                   save the window's picture as a PNG file (-o)\n"
     "  q, Escape           quit\n";
 
@@ -304,6 +307,12 @@ void viewer_window::on_button_press(unsigned button, int x, int y, unsigned stat
             begin_gesture(ixo_constrained_rotate_view_tool::create(), button, x, y, false, false);
         else if (mode_ == left_mode::spin)
             begin_gesture(ixo_spin_object_tool::create(spin_target()), button, x, y, false, false);
+        else if (mode_ == left_mode::label_move || mode_ == left_mode::label_resize)
+        {
+            ixo_object_ptr<ixo_label_move_tool> tool = ixo_label_move_tool::create();
+            tool->set_mode(mode_ == left_mode::label_move ? 0 : 1);
+            begin_gesture(tool, button, x, y, false, false);
+        }
         else
             begin_gesture(ixo_rotate_view_tool::create(), button, x, y, false, false);
         break;
@@ -384,6 +393,11 @@ void viewer_window::on_key(unsigned long keysym)
         break;
     case XK_t:
         mode_ = mode_ == left_mode::spin ? left_mode::rotate : left_mode::spin;
+        break;
+    case XK_l:
+        mode_ = mode_ == left_mode::label_move     ? left_mode::label_resize
+                : mode_ == left_mode::label_resize ? left_mode::rotate
+                                                   : left_mode::label_move;
         break;
     case XK_s:
         save_png();

@@ -49,6 +49,7 @@ private:
         constrained_rotate,
         spin,
         label_move,
+        label_resize,
     };
 
     void on_button_press(unsigned button, int x, int y, unsigned state);
