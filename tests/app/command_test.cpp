@@ -1,13 +1,4 @@
-#include <ixocore/app/add_docobj_command.h>
-#include <ixocore/app/add_scene_object_cmd.h>
-#include <ixocore/app/application.h>
-#include <ixocore/app/command.h>
-#include <ixocore/app/command_manager.h>
-#include <ixocore/app/composite_command.h>
-#include <ixocore/app/document.h>
-#include <ixocore/app/document_object.h>
-#include <ixocore/core/string.h>
-#include <ixocore/scene/scene_object.h>
+#include <ixocore/ixocore.h>
 
 #include <gtest/gtest.h>
 

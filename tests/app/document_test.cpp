@@ -1,11 +1,4 @@
-#include <ixocore/app/application.h>
-#include <ixocore/app/archive.h>
-#include <ixocore/app/document.h>
-#include <ixocore/app/document_object.h>
-#include <ixocore/core/string.h>
-#include <ixocore/events/event.h>
-#include <ixocore/events/event_manager.h>
-#include <ixocore/scene/selection.h>
+#include "events/event_probe.h"
 
 #include <gtest/gtest.h>
 
@@ -62,25 +55,7 @@ public:
 };
 IXO_TYPIFIED_DEFINE(part_b, "Part B")
 
-// Runs a function for every event it receives.
-class callback : public ixo_event_handler
-{
-public:
-    static ixo_object_ptr<callback> create(std::function<void()> f) { return new callback(f); }
-    void on_event(ixo_object_ptr<ixo_event>) override { f_(); }
-
-private:
-    explicit callback(std::function<void()> f) : f_(std::move(f)) {}
-    std::function<void()> f_;
-};
-
-// Starts the library for one test and ends it again.
-struct started
-{
-    started() { EXPECT_EQ(ixo_application::start(nullptr), ixo_start_success); }
-    ~started() { ixo_application::end(); }
-    ixo_application& app() { return *ixo_application::instance(); }
-};
+using ixo_test::started;
 
 std::string tag(char const* what, ixo_object_ptr<ixo_document_object> const& o)
 {
@@ -258,9 +233,9 @@ TEST(document, changes_are_bracketed_by_events)
         return std::to_string(all.size());
     };
     m->subscribe(ixo_event_document_changing::create(doc),
-                 callback::create([&] { log += "<" + count(); }));
+                 ixo_test::event_function::create([&](auto) { log += "<" + count(); }));
     m->subscribe(ixo_event_document_changed::create(doc),
-                 callback::create([&] { log += ">" + count(); }));
+                 ixo_test::event_function::create([&](auto) { log += ">" + count(); }));
     ixo_object_ptr<part_a> a = part_a::create();
     ixo_object_ptr<part_b> b = part_b::create();
 

@@ -1,8 +1,4 @@
-#include <ixocore/core/identifiable_object.h>
-#include <ixocore/core/object.h>
-#include <ixocore/core/object_ptr.h>
-#include <ixocore/core/string.h>
-#include <ixocore/math/vector.h>
+#include <ixocore/ixocore.h>
 
 #include <gtest/gtest.h>
 

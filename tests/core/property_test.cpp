@@ -1,5 +1,4 @@
-#include <ixocore/core/property.h>
-#include <ixocore/core/unique_name_manager.h>
+#include <ixocore/ixocore.h>
 
 #include <gtest/gtest.h>
 

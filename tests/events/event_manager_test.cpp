@@ -1,8 +1,4 @@
-#include <ixocore/app/application.h>
-#include <ixocore/core/string.h>
-#include <ixocore/events/event.h>
-#include <ixocore/events/event_manager.h>
-#include <ixocore/scene/selection.h>
+#include <ixocore/ixocore.h>
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,7 @@
 #pragma once
 // Helpers for the mesh tests: temporary files, byte writers and meshes built from records.
 
-#include <ixocore/app/archive.h>
-#include <ixocore/mesh/indexed_mesh.h>
+#include <ixocore/ixocore.h>
 
 #include <gtest/gtest.h>
 

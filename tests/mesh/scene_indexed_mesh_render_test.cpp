@@ -4,42 +4,13 @@
 // exactly where its triangles are, and a mesh naming vertices it lacks draws nothing.
 
 #include "mesh/mesh_test_files.h"
-#include "render/render_target.h"
-
-#include <ixocore/app/application.h>
-#include <ixocore/app/document.h>
-#include <ixocore/core/identifiable_object.h>
-#include <ixocore/math/plane.h>
-#include <ixocore/mesh/doc_indexed_mesh.h>
-#include <ixocore/mesh/scene_indexed_mesh.h>
-#include <ixocore/platform/d3d9.h>
-#include <ixocore/render/direct3d.h>
-#include <ixocore/render/scene_draw_data.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_object.h>
-#include <ixocore/scene/scene_plane.h>
-
-#include <memory>
+#include "render/scene_render.h"
 
 using namespace mesh_test;
 
 namespace
 {
-constexpr UINT W = 160;
-constexpr UINT H = 120;
-constexpr float px_per_unit = 20;
-constexpr D3DCOLOR background = D3DCOLOR_XRGB(10, 20, 30);
-
 using ixo_test::pixel;
-
-UINT col(float x)
-{
-    return UINT(W / 2 + x * px_per_unit);
-}
-UINT row(float y)
-{
-    return UINT(H / 2 - y * px_per_unit);
-}
 
 // A binary STL of the square [x0, x1] x [y0, y1] at z = 0 (two facets facing +z).
 std::string square_stl(float x0, float y0, float x1, float y1)
@@ -60,50 +31,7 @@ std::string square_stl(float x0, float y0, float x1, float y1)
     return s;
 }
 
-class scene_indexed_mesh_render : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
-        device = ixo_direct3d::get_device();
-        ASSERT_NE(device, nullptr);
-        target = std::make_unique<ixo_test::render_target>(device, W, H);
-        ASSERT_TRUE(target->ok());
-        scene = ixo_scene::create();
-    }
-
-    void TearDown() override
-    {
-        scene = nullptr;
-        target.reset();
-        ixo_application::end();
-    }
-
-    // The picking pass or the normal passes of the scene, read back.
-    std::vector<pixel> draw(bool mapping)
-    {
-        if (!target->bind(background))
-            return {};
-        ixo_test::look_along_minus_z(device, W / px_per_unit, H / px_per_unit);
-        ixo_scene_draw_data d;
-        d.set_mapping(mapping);
-        d.set_foreground(true);
-        EXPECT_TRUE(scene->draw(d));
-        return target->read();
-    }
-
-    static unsigned long id_at(const std::vector<pixel>& img, UINT x, UINT y)
-    {
-        if (img.size() != std::size_t(W) * H)
-            return ixo_invalid_object_id;
-        return ixo_test::id_of(img[std::size_t(y) * W + x]);
-    }
-
-    IDirect3DDevice9* device = nullptr;
-    std::unique_ptr<ixo_test::render_target> target;
-    ixo_object_ptr<ixo_scene> scene;
-};
+using scene_indexed_mesh_render = ixo_test::scene_render<160, 120>;
 
 } // namespace
 
@@ -126,17 +54,13 @@ TEST_F(scene_indexed_mesh_render, MeshFromStlIsPickedWhereItsTrianglesAre)
     EXPECT_NE(id_at(img, col(1.5f), row(0)), object->id());
     EXPECT_NE(id_at(img, col(0), row(-1.5f)), object->id());
     EXPECT_NE(id_at(img, col(-2.5f), row(0)), object->id());
-    int covered = 0;
-    for (UINT y = 0; y < H; ++y)
-        for (UINT x = 0; x < W; ++x)
-            covered += id_at(img, x, y) == object->id();
-    EXPECT_NEAR(covered, 60 * 60, 2 * 60 + 2 * 60 + 4);
+    EXPECT_NEAR(count_id(img, object->id()), 60 * 60, 2 * 60 + 2 * 60 + 4);
 
     // The normal pass draws it too; after the device resources are released it is drawn
     // again from new buffers.
     auto normal = draw(false);
     ASSERT_EQ(normal.size(), std::size_t(W) * H);
-    pixel inside = normal[std::size_t(row(0)) * W + col(0)];
+    pixel inside = at(normal, col(0), row(0));
     EXPECT_FALSE(inside.r == 30 && inside.g == 20 && inside.b == 10);
     EXPECT_TRUE(object->pre_reset_object());
     EXPECT_EQ(id_at(draw(true), col(0), row(0)), object->id());
@@ -151,9 +75,7 @@ TEST_F(scene_indexed_mesh_render, MeshNamingMissingVerticesDrawsNothing)
     scene->get_root()->add_child(object);
     auto img = draw(true);
     ASSERT_EQ(img.size(), std::size_t(W) * H);
-    for (UINT y = 0; y < H; ++y)
-        for (UINT x = 0; x < W; ++x)
-            ASSERT_NE(id_at(img, x, y), object->id());
+    EXPECT_EQ(count_id(img, object->id()), 0);
 }
 
 TEST_F(scene_indexed_mesh_render, DocumentObjectHangsItsSceneObjectUnderTheRoot)

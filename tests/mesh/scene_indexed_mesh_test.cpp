@@ -1,7 +1,6 @@
 #include "mesh/mesh_test_files.h"
 
-#include <ixocore/mesh/scene_indexed_mesh.h>
-#include <ixocore/render/scene_draw_data.h>
+#include <ixocore/ixocore.h>
 
 using namespace mesh_test;
 

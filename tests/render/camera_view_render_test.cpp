@@ -1,23 +1,10 @@
 // Draws through a camera on the headless device and checks that what lands on the pixels
 // agrees with the camera's own arithmetic.
 
-#include "render/render_target.h"
-
-#include <ixocore/app/application.h>
-#include <ixocore/platform/d3d9.h>
-#include <ixocore/platform/d3dx9.h>
-#include <ixocore/platform/d3dx9_effect.h>
-#include <ixocore/render/camera_view.h>
-#include <ixocore/render/direct3d.h>
-#include <ixocore/render/light.h>
-
-#include <gtest/gtest.h>
+#include "render/scene_render.h"
 
 #include <array>
 #include <cmath>
-#include <cstdint>
-#include <memory>
-#include <vector>
 
 namespace
 {
@@ -25,24 +12,18 @@ namespace
 using v3 = ixo_vector3<float>;
 using v2 = ixo_vector2<float>;
 
-constexpr UINT W = 160;
-constexpr UINT H = 120;
-
 struct xyz_color
 {
     float x, y, z;
     D3DCOLOR c;
 };
 
-class camera_view_render : public ::testing::Test
+class camera_view_render : public ixo_test::scene_render<160, 120>
 {
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
-        device = ixo_direct3d::get_device();
-        ASSERT_NE(device, nullptr);
-        target = std::make_unique<ixo_test::render_target>(device, W, H);
+        scene_render::SetUp();
         ASSERT_TRUE(target->bind(0xff000000));
 
         camera = ixo_camera_view::create();
@@ -57,8 +38,7 @@ protected:
     void TearDown() override
     {
         camera.reset();
-        target.reset();
-        ixo_application::end();
+        scene_render::TearDown();
     }
 
     // Draws a small square around `p`, facing the camera, in white on black, and returns
@@ -108,8 +88,6 @@ protected:
         return v2(float(sx / count), float(sy / count));
     }
 
-    IDirect3DDevice9* device = nullptr;
-    std::unique_ptr<ixo_test::render_target> target;
     ixo_object_ptr<ixo_camera_view> camera;
 };
 

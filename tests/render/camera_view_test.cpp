@@ -1,5 +1,4 @@
-#include <ixocore/render/camera_view.h>
-#include <ixocore/render/light.h>
+#include <ixocore/ixocore.h>
 
 #include <gtest/gtest.h>
 

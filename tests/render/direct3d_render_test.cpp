@@ -1,18 +1,9 @@
-#include <ixocore/app/application.h>
-#include <ixocore/app/document.h>
-#include <ixocore/events/event.h>
-#include <ixocore/events/event_manager.h>
-#include <ixocore/platform/d3d9_testing.h>
-#include <ixocore/platform/d3dx9.h>
-#include <ixocore/platform/d3dx9_effect.h>
-#include <ixocore/platform/win32.h>
-#include <ixocore/render/direct3d.h>
-#include <ixocore/render/resource_manager.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_object.h>
+#include <ixocore/ixocore.h>
 
+#include "events/event_probe.h"
 #include "render/exe_copy.h"
 #include "render/render_target.h"
+#include "scene/scene_probe.h"
 
 #include <gtest/gtest.h>
 
@@ -71,20 +62,16 @@ UINT creation_adapter()
     return p.AdapterOrdinal;
 }
 
-// Records the reset events in the order they arrive.
-class recorder : public ixo_event_handler
+// Logs the reset events in the order they arrive into `log`.
+void record_resets(std::vector<std::string>& log)
 {
-public:
-    static ixo_object_ptr<recorder> create() { return new recorder; }
-    void on_event(ixo_object_ptr<ixo_event> e) override
-    {
-        if (ixo_object_ptr<ixo_event_direct3d_resetting>(e))
-            log.push_back("resetting");
-        else if (ixo_object_ptr<ixo_event_direct3d_reset>(e))
-            log.push_back("reset");
-    }
-    std::vector<std::string> log;
-};
+    auto record = ixo_test::event_function::create(
+        [&log](ixo_object_ptr<ixo_event> e)
+        { log.push_back(ixo_object_ptr<ixo_event_direct3d_reset>(e) ? "reset" : "resetting"); });
+    ixo_object_ptr<ixo_event_manager> manager = ixo_event_manager::get_app_event_manager();
+    manager->subscribe(ixo_event_direct3d_resetting::create(), record);
+    manager->subscribe(ixo_event_direct3d_reset::create(), record);
+}
 
 // Draws text and a line with the shared objects and counts the lit pixels; -1 when the
 // target could not be drawn.
@@ -237,49 +224,47 @@ TEST(Direct3D, EffectFileBesideTheExecutable)
 
 TEST(Direct3D, ResetProtocolRaisesEventsAndRebuilds)
 {
+    std::vector<std::string> log;
     library_guard guard;
     ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
-    ixo_object_ptr<recorder> events = recorder::create();
-    ixo_object_ptr<ixo_event_manager> manager = ixo_event_manager::get_app_event_manager();
-    manager->subscribe(ixo_event_direct3d_resetting::create(), events);
-    manager->subscribe(ixo_event_direct3d_reset::create(), events);
+    record_resets(log);
     ixo_object_ptr<ixo_direct3d> d3d = ixo_application::instance()->get_direct3d();
     IDirect3DDevice9* device = ixo_direct3d::get_device();
 
     // A healthy device needs nothing.
     EXPECT_TRUE(d3d->reset());
-    EXPECT_TRUE(events->log.empty());
+    EXPECT_TRUE(log.empty());
 
     // Lost for one more query: released, reset and rebuilt in one call.
     ixo_d3d9_test_lose_device(device, 1);
     EXPECT_TRUE(d3d->reset());
-    EXPECT_EQ(events->log, (std::vector<std::string>{"resetting", "reset"}));
+    EXPECT_EQ(log, (std::vector<std::string>{"resetting", "reset"}));
     EXPECT_EQ(device->TestCooperativeLevel(), D3D_OK);
     EXPECT_GT(draw_with_shared_objects(), 0);
 
     // Still lost on the second query: resources released, no reset yet; the next call
     // finishes the job.
-    events->log.clear();
+    log.clear();
     ixo_d3d9_test_lose_device(device, 2);
     EXPECT_FALSE(d3d->reset());
-    EXPECT_EQ(events->log, (std::vector<std::string>{"resetting"}));
+    EXPECT_EQ(log, (std::vector<std::string>{"resetting"}));
     EXPECT_TRUE(d3d->reset());
-    EXPECT_EQ(events->log, (std::vector<std::string>{"resetting", "resetting", "reset"}));
+    EXPECT_EQ(log, (std::vector<std::string>{"resetting", "resetting", "reset"}));
     EXPECT_GT(draw_with_shared_objects(), 0);
 
     // A device resource left alive makes the device's Reset fail: no reset event, and a
     // later call, once it is gone, succeeds.
-    events->log.clear();
+    log.clear();
     IDirect3DSurface9* leftover = nullptr;
     ASSERT_EQ(device->CreateRenderTarget(4, 4, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE,
                                          &leftover, nullptr),
               D3D_OK);
     ixo_d3d9_test_lose_device(device, 0);
     EXPECT_FALSE(d3d->reset());
-    EXPECT_EQ(events->log, (std::vector<std::string>{"resetting"}));
+    EXPECT_EQ(log, (std::vector<std::string>{"resetting"}));
     leftover->Release();
     EXPECT_TRUE(d3d->reset());
-    EXPECT_EQ(events->log, (std::vector<std::string>{"resetting", "resetting", "reset"}));
+    EXPECT_EQ(log, (std::vector<std::string>{"resetting", "resetting", "reset"}));
 
     // The effect still takes and gives back parameters.
     D3DXVECTOR4 const in(0.25f, 0.5f, 0.75f, 1.f);
@@ -291,50 +276,20 @@ TEST(Direct3D, ResetProtocolRaisesEventsAndRebuilds)
     d3d = nullptr;
 }
 
-namespace
-{
-// Logs its own release and rebuild into the shared log of the reset events.
-class reset_probe : public ixo_scene_object
-{
-public:
-    static ixo_object_ptr<reset_probe> create(std::vector<std::string>& log)
-    {
-        return new reset_probe(log);
-    }
-    bool pre_reset_object() override
-    {
-        log_.push_back("release");
-        return true;
-    }
-    bool post_reset_object() override
-    {
-        log_.push_back("rebuild");
-        return true;
-    }
-
-private:
-    explicit reset_probe(std::vector<std::string>& log) : log_(log) {}
-    std::vector<std::string>& log_;
-};
-} // namespace
-
 TEST(Direct3D, ResetReachesEveryDocumentsScene)
 {
+    probe_log scenes; // outlives the documents' scenes
     library_guard guard;
     ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
-    ixo_object_ptr<recorder> events = recorder::create();
-    ixo_object_ptr<ixo_event_manager> manager = ixo_event_manager::get_app_event_manager();
-    manager->subscribe(ixo_event_direct3d_resetting::create(), events);
-    manager->subscribe(ixo_event_direct3d_reset::create(), events);
+    record_resets(scenes.entries);
     {
         ixo_object_ptr<ixo_document> first = ixo_application::instance()->create_document();
         ixo_object_ptr<ixo_document> second = ixo_application::instance()->create_document();
-        first->get_scene()->get_root()->add_child(reset_probe::create(events->log));
-        second->get_scene()->get_root()->add_child(reset_probe::create(events->log));
+        first->get_scene()->get_root()->add_child(probe::create(scenes, "scene"));
+        second->get_scene()->get_root()->add_child(probe::create(scenes, "scene"));
     }
     ixo_d3d9_test_lose_device(ixo_direct3d::get_device(), 0);
     EXPECT_TRUE(ixo_application::instance()->get_direct3d()->reset());
     // Scenes release before the resetting event and rebuild before the reset event.
-    EXPECT_EQ(events->log, (std::vector<std::string>{"release", "release", "resetting", "rebuild",
-                                                     "rebuild", "reset"}));
+    EXPECT_EQ(scenes.take(), "pre scene pre scene resetting post scene post scene reset");
 }

@@ -1,6 +1,4 @@
-#include <ixocore/core/string.h>
-#include <ixocore/platform/win32.h>
-#include <ixocore/render/resource_manager.h>
+#include <ixocore/ixocore.h>
 
 #include "render/exe_copy.h"
 

@@ -1,13 +1,6 @@
-#include <ixocore/app/application.h>
-#include <ixocore/app/command_manager.h>
-#include <ixocore/math/box.h>
-#include <ixocore/math/plane.h>
-#include <ixocore/render/camera_view.h>
-#include <ixocore/render/render_view.h>
-#include <ixocore/render/render_view_manager.h>
-#include <ixocore/render/view_commands.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_object.h>
+#include "scene/scene_probe.h"
+
+#include <ixocore/ixocore.h>
 
 #include <gtest/gtest.h>
 
@@ -15,25 +8,12 @@
 
 namespace
 {
-// A scene object that only occupies a box; it draws nothing.
-class bounds_only : public ixo_scene_object
-{
-public:
-    static ixo_object_ptr<bounds_only> create(const ixo_box3<float>& box)
-    {
-        return ixo_object_ptr<bounds_only>(new bounds_only(box));
-    }
-    ixo_box3<float> get_object_bounds() const override { return box_; }
-
-private:
-    explicit bounds_only(const ixo_box3<float>& box) : box_(box) {}
-    ixo_box3<float> box_;
-};
+probe_log no_draws;
 
 ixo_object_ptr<ixo_scene> scene_with(const ixo_box3<float>& box)
 {
     ixo_object_ptr<ixo_scene> scene = ixo_scene::create();
-    scene->get_root()->add_child(bounds_only::create(box));
+    scene->get_root()->add_child(probe::create(no_draws, "box", box));
     return scene;
 }
 

@@ -1,60 +1,18 @@
-// Draws the primitive scene objects headless on the application's device into a target of
-// the test's own, through an orthographic camera looking down -z at 20 pixels per unit,
-// and reads the pixels back: coverage in the picking pass (exact identifier colours),
-// colours in the normal pass, and the shared meshes across a device reset.
+// Draws the primitive scene objects headless through an orthographic camera looking down -z
+// at 20 pixels per unit, and reads the pixels back: coverage in the picking pass (exact
+// identifier colours), colours in the normal pass, and the shared meshes across a device
+// reset.
 
-#include "render/render_target.h"
-
-#include <ixocore/app/application.h>
-#include <ixocore/core/identifiable_object.h>
-#include <ixocore/events/event.h>
-#include <ixocore/events/event_manager.h>
-#include <ixocore/math/plane.h>
-#include <ixocore/platform/d3d9.h>
-#include <ixocore/platform/d3d9_testing.h>
-#include <ixocore/platform/d3dx9.h>
-#include <ixocore/platform/d3dx9_effect.h>
-#include <ixocore/render/direct3d.h>
-#include <ixocore/render/light.h>
-#include <ixocore/render/scene_draw_data.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_axis.h>
-#include <ixocore/scene/scene_box.h>
-#include <ixocore/scene/scene_cone.h>
-#include <ixocore/scene/scene_coordinate_system.h>
-#include <ixocore/scene/scene_cylinder.h>
-#include <ixocore/scene/scene_plane.h>
-#include <ixocore/scene/scene_rectangle.h>
-#include <ixocore/scene/scene_sphere.h>
-
-#include <gtest/gtest.h>
+#include "events/event_probe.h"
+#include "render/scene_render.h"
 
 #include <cmath>
-#include <cstdint>
-#include <memory>
-#include <vector>
 
 namespace
 {
-constexpr UINT W = 160;
-constexpr UINT H = 120;
-constexpr float px_per_unit = 20;
-constexpr D3DCOLOR background = D3DCOLOR_XRGB(10, 20, 30);
-
 using ixo_test::pixel;
-
 using color = ixo_vector4<unsigned char>;
 using v3 = ixo_vector3<float>;
-
-// Column and row of the world point (x, y) on the screen.
-UINT col(float x)
-{
-    return UINT(W / 2 + x * px_per_unit);
-}
-UINT row(float y)
-{
-    return UINT(H / 2 - y * px_per_unit);
-}
 
 ixo_matrix44<float> rows(v3 r0, v3 r1, v3 r2)
 {
@@ -74,88 +32,9 @@ ixo_matrix44<float> x_to_z()
     return rows(v3(0, 0, -1), v3(0, 1, 0), v3(1, 0, 0));
 }
 
-class primitives_render;
-
-// Hands the scene and the test's surfaces through a device reset, as a host does.
-class reset_handler : public ixo_event_handler
-{
-public:
-    static ixo_object_ptr<reset_handler> create(primitives_render* test)
-    {
-        return new reset_handler(test);
-    }
-    void on_event(ixo_object_ptr<ixo_event> e) override;
-    int resets = 0;
-
-private:
-    explicit reset_handler(primitives_render* test) : test_(test) {}
-    primitives_render* test_;
-};
-
-class primitives_render : public ::testing::Test
+class primitives_render : public ixo_test::scene_render<160, 120>
 {
 protected:
-    void SetUp() override
-    {
-        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
-        device = ixo_direct3d::get_device();
-        ASSERT_NE(device, nullptr);
-        ASSERT_TRUE(create_surfaces());
-        scene = ixo_scene::create();
-    }
-
-    void TearDown() override
-    {
-        scene = nullptr;
-        release_surfaces();
-        ixo_application::end();
-    }
-
-    bool create_surfaces()
-    {
-        target = std::make_unique<ixo_test::render_target>(device, W, H);
-        return target->ok();
-    }
-
-    void release_surfaces() { target.reset(); }
-
-    // Draws the scene as a render view would, in the picking pass or the normal passes,
-    // and reads the frame back (rows top-down).
-    std::vector<pixel> draw(bool mapping, bool mapped_shadows = false)
-    {
-        if (!target || !target->bind(background))
-            return {};
-        ixo_test::look_along_minus_z(device, W / px_per_unit, H / px_per_unit);
-        ixo_scene_draw_data d;
-        d.set_mapping(mapping);
-        d.set_draw_mapped_shadows(mapped_shadows);
-        EXPECT_TRUE(scene->draw(d));
-        return target->read();
-    }
-
-    std::vector<pixel> read() { return target ? target->read() : std::vector<pixel>(); }
-
-    static unsigned long id_at(const std::vector<pixel>& img, UINT x, UINT y)
-    {
-        if (img.size() != std::size_t(W) * H)
-            return ixo_invalid_object_id;
-        return ixo_test::id_of(img[std::size_t(y) * W + x]);
-    }
-
-    static int count_id(const std::vector<pixel>& img, unsigned long id)
-    {
-        int n = 0;
-        for (UINT y = 0; y < H; ++y)
-            for (UINT x = 0; x < W; ++x)
-                n += id_at(img, x, y) == id;
-        return n;
-    }
-
-    static pixel at(const std::vector<pixel>& img, UINT x, UINT y)
-    {
-        return img.size() == std::size_t(W) * H ? img[std::size_t(y) * W + x] : pixel{};
-    }
-
     // Picks only `o`: every other object is left out of the scene.
     int coverage(ixo_object_ptr<ixo_scene_object> o)
     {
@@ -170,27 +49,7 @@ protected:
         light->set_position(10, 10, 10);
         scene->add_light(light);
     }
-
-    friend class reset_handler;
-    IDirect3DDevice9* device = nullptr;
-    std::unique_ptr<ixo_test::render_target> target;
-    ixo_object_ptr<ixo_scene> scene;
 };
-
-void reset_handler::on_event(ixo_object_ptr<ixo_event> e)
-{
-    if (ixo_object_ptr<ixo_event_direct3d_resetting>(e))
-    {
-        test_->scene->pre_reset();
-        test_->release_surfaces();
-    }
-    else if (ixo_object_ptr<ixo_event_direct3d_reset>(e))
-    {
-        ++resets;
-        test_->scene->post_reset();
-        test_->create_surfaces();
-    }
-}
 
 // Within 2 % of the expected pixel count (edges of curved outlines).
 ::testing::AssertionResult about(int n, double expected)
@@ -384,7 +243,23 @@ TEST_F(primitives_render, spheres_share_one_mesh_counted_per_sphere)
 
 TEST_F(primitives_render, meshes_are_rebuilt_after_a_device_reset)
 {
-    auto handler = reset_handler::create(this);
+    // Hands the scene and the test's target through the reset, as a host does.
+    int resets = 0;
+    auto handler = ixo_test::event_function::create(
+        [&](ixo_object_ptr<ixo_event> e)
+        {
+            if (ixo_object_ptr<ixo_event_direct3d_resetting>(e))
+            {
+                scene->pre_reset();
+                target.reset();
+            }
+            else if (ixo_object_ptr<ixo_event_direct3d_reset>(e))
+            {
+                ++resets;
+                scene->post_reset();
+                target = std::make_unique<ixo_test::render_target>(device, W, H);
+            }
+        });
     auto events = ixo_event_manager::get_app_event_manager();
     ixo_event_key const k1 = events->subscribe(ixo_event_direct3d_resetting::create(), handler);
     ixo_event_key const k2 = events->subscribe(ixo_event_direct3d_reset::create(), handler);
@@ -409,7 +284,7 @@ TEST_F(primitives_render, meshes_are_rebuilt_after_a_device_reset)
 
     ixo_d3d9_test_lose_device(device, 1);
     ASSERT_TRUE(ixo_application::instance()->get_direct3d()->reset());
-    EXPECT_EQ(handler->resets, 1);
+    EXPECT_EQ(resets, 1);
     ASSERT_TRUE(target && target->ok());
 
     // One cone mesh again, held by each of the five cones.

@@ -1,17 +1,7 @@
 // The primitive scene objects without a device: types, geometry in their own frames,
 // the composites' children, and that device-less objects draw and reset harmlessly.
 
-#include <ixocore/core/string.h>
-#include <ixocore/math/plane.h>
-#include <ixocore/render/scene_draw_data.h>
-#include <ixocore/scene/scene_axis.h>
-#include <ixocore/scene/scene_box.h>
-#include <ixocore/scene/scene_cone.h>
-#include <ixocore/scene/scene_coordinate_system.h>
-#include <ixocore/scene/scene_cylinder.h>
-#include <ixocore/scene/scene_plane.h>
-#include <ixocore/scene/scene_rectangle.h>
-#include <ixocore/scene/scene_sphere.h>
+#include <ixocore/ixocore.h>
 
 #include <gtest/gtest.h>
 

@@ -2,33 +2,12 @@
 // own, with identity view and projection (world coordinates are clip coordinates: x and y
 // in -1..1, depth 0..1), and reads the pixels back.
 
-#include "render/render_target.h"
-
-#include <ixocore/app/application.h>
-#include <ixocore/core/identifiable_object.h>
-#include <ixocore/core/string.h>
-#include <ixocore/math/matrix.h>
-#include <ixocore/platform/d3d9.h>
-#include <ixocore/platform/d3dx9.h>
-#include <ixocore/platform/d3dx9_effect.h>
-#include <ixocore/render/direct3d.h>
-#include <ixocore/render/light.h>
-#include <ixocore/render/scene_draw_data.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_object.h>
-
-#include <gtest/gtest.h>
+#include "render/scene_render.h"
 
 #include <cmath>
-#include <cstdint>
-#include <memory>
-#include <vector>
 
 namespace
 {
-constexpr UINT W = 64;
-constexpr UINT H = 48;
-
 using ixo_test::pixel;
 
 // What the device held when an object's draw_object ran.
@@ -108,15 +87,12 @@ private:
 
 using color = ixo_vector4<unsigned char>;
 
-class scene_draw : public ::testing::Test
+class scene_draw : public ixo_test::scene_render<64, 48>
 {
 protected:
     void SetUp() override
     {
-        ixo_application::start(nullptr);
-        device = ixo_direct3d::get_device();
-        ASSERT_NE(device, nullptr) << "no headless device";
-        target = std::make_unique<ixo_test::render_target>(device, W, H);
+        ixo_test::scene_render<64, 48>::SetUp();
         ASSERT_TRUE(target->bind(0xFFFFFFFF));
         D3DXMATRIX identity;
         D3DXMatrixIdentity(&identity);
@@ -127,22 +103,10 @@ protected:
             effect->SetMatrix("g_mView", &identity);
             effect->SetMatrix("g_mProj", &identity);
         }
-        scene = ixo_scene::create();
-    }
-
-    void TearDown() override
-    {
-        scene = nullptr;
-        target.reset();
-        ixo_application::end();
     }
 
     // The pixel at column x, row y counted from the top.
-    pixel at(UINT x, UINT y)
-    {
-        std::vector<pixel> const img = target->read();
-        return img.size() == std::size_t(W) * H ? img[std::size_t(y) * W + x] : pixel{};
-    }
+    pixel at(UINT x, UINT y) { return scene_render::at(target->read(), x, y); }
 
     unsigned long picked(UINT x, UINT y) { return ixo_test::id_of(at(x, y)); }
 
@@ -162,10 +126,6 @@ protected:
         (parent ? parent : scene->get_root())->add_child(q);
         return q;
     }
-
-    IDirect3DDevice9* device = nullptr;
-    std::unique_ptr<ixo_test::render_target> target;
-    ixo_object_ptr<ixo_scene> scene;
 };
 
 ::testing::AssertionResult is(const pixel& p, int r, int g, int b, int tolerance = 2)
@@ -179,9 +139,7 @@ protected:
 }
 
 // Left and right halves, and the middle rows.
-constexpr UINT left_x = W / 4;
-constexpr UINT right_x = 3 * W / 4;
-constexpr UINT mid_y = H / 2;
+constexpr UINT W = 64, H = 48, left_x = W / 4, right_x = 3 * W / 4, mid_y = H / 2;
 } // namespace
 
 TEST_F(scene_draw, background_pass_lies_under_the_foreground)

@@ -1,10 +1,6 @@
 #include "scene/scene_probe.h"
 
-#include <ixocore/core/string.h>
-#include <ixocore/math/box.h>
-#include <ixocore/math/matrix.h>
-#include <ixocore/render/scene_draw_data.h>
-#include <ixocore/scene/scene_object.h>
+#include <ixocore/ixocore.h>
 
 #include <gtest/gtest.h>
 

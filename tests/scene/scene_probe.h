@@ -2,10 +2,7 @@
 // A scene object for tests: it has a box of its own, logs its draw_object calls and reset
 // hooks, can be told to fail, and counts its destruction.
 
-#include <ixocore/core/string.h>
-#include <ixocore/math/box.h>
-#include <ixocore/render/scene_draw_data.h>
-#include <ixocore/scene/scene_object.h>
+#include <ixocore/ixocore.h>
 
 #include <string>
 #include <vector>

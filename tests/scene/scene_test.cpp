@@ -1,16 +1,7 @@
+#include "events/event_probe.h"
 #include "scene/scene_probe.h"
 
-#include <ixocore/app/add_scene_object_cmd.h>
-#include <ixocore/app/application.h>
-#include <ixocore/app/command_manager.h>
-#include <ixocore/app/document.h>
-#include <ixocore/events/event.h>
-#include <ixocore/events/event_manager.h>
-#include <ixocore/platform/win32.h>
-#include <ixocore/render/light.h>
-#include <ixocore/render/scene_draw_data.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_object.h>
+#include <ixocore/ixocore.h>
 
 #include <gtest/gtest.h>
 
@@ -18,37 +9,13 @@
 
 namespace
 {
-class recorder : public ixo_event_handler
+// Logs the scene-changing and scene-changed events of one scene.
+struct scene_events : ixo_test::change_log
 {
-public:
-    static ixo_object_ptr<recorder> create(std::string& log, char tag)
-    {
-        return new recorder(log, tag);
-    }
-    void on_event(ixo_object_ptr<ixo_event>) override { log_ += tag_; }
-
-private:
-    recorder(std::string& log, char tag) : log_(log), tag_(tag) {}
-    std::string& log_;
-    char tag_;
-};
-
-// Starts the library and logs '<' for scene-changing and '>' for scene-changed events of
-// one scene.
-class scene_events
-{
-public:
-    scene_events() { ixo_application::start(nullptr); }
-    ~scene_events() { ixo_application::end(); }
     void watch(const ixo_object_ptr<ixo_scene>& scene)
     {
-        auto m = ixo_event_manager::get_app_event_manager();
-        m->subscribe(ixo_event_scene_changing::create(scene), recorder::create(log, '<'));
-        m->subscribe(ixo_event_scene_changed::create(scene), recorder::create(log, '>'));
+        change_log::watch<ixo_event_scene_changing, ixo_event_scene_changed>(scene);
     }
-    std::string take() { return std::exchange(log, std::string()); }
-
-    std::string log;
 };
 
 ixo_box3<float> box(float x0, float y0, float z0, float x1, float y1, float z1)

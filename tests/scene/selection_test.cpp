@@ -1,9 +1,4 @@
-#include <ixocore/app/application.h>
-#include <ixocore/core/selectable_object.h>
-#include <ixocore/core/string.h>
-#include <ixocore/events/event.h>
-#include <ixocore/events/event_manager.h>
-#include <ixocore/scene/selection.h>
+#include "events/event_probe.h"
 
 #include <gtest/gtest.h>
 
@@ -25,42 +20,13 @@ private:
 };
 IXO_TYPIFIED_DEFINE(item, IXO_TEXT("Test Item"))
 
-// Counts the selection events of one selection.
-class counter : public ixo_event_handler
+// Logs the changing and changed events of one selection.
+struct selection_events : ixo_test::change_log
 {
-public:
-    static ixo_object_ptr<counter> create(std::vector<char>& log, char tag)
-    {
-        return new counter(log, tag);
-    }
-    void on_event(ixo_object_ptr<ixo_event>) override { log_.push_back(tag_); }
-
-private:
-    counter(std::vector<char>& log, char tag) : log_(log), tag_(tag) {}
-    std::vector<char>& log_;
-    char tag_;
-};
-
-// Starts the library and logs '<' for changing and '>' for changed events of `selection`.
-class selection_events
-{
-public:
     explicit selection_events(ixo_object_ptr<ixo_selection> const& selection)
     {
-        ixo_application::start(nullptr);
-        auto m = ixo_event_manager::get_app_event_manager();
-        m->subscribe(ixo_event_selection_changing::create(selection), counter::create(log, '<'));
-        m->subscribe(ixo_event_selection_changed::create(selection), counter::create(log, '>'));
+        watch<ixo_event_selection_changing, ixo_event_selection_changed>(selection);
     }
-    ~selection_events() { ixo_application::end(); }
-    std::string take()
-    {
-        std::string s(log.begin(), log.end());
-        log.clear();
-        return s;
-    }
-
-    std::vector<char> log;
 };
 
 std::set<item*> members(ixo_object_ptr<ixo_selection> const& s)
@@ -120,37 +86,23 @@ TEST(selection, add_and_remove_with_events)
 TEST(selection, events_see_the_state_before_and_after)
 {
     ixo_object_ptr<ixo_selection> s = ixo_selection::create();
-    ixo_application::start(nullptr);
+    ixo_test::started library;
     ixo_object_ptr<item> a = item::create();
     std::vector<int> counts;
     std::vector<bool> flags;
-    class probe : public ixo_event_handler
-    {
-    public:
-        probe(ixo_selection* s, item* a, std::vector<int>& c, std::vector<bool>& f)
-            : s_(s), a_(a), c_(c), f_(f)
+    auto probe = ixo_test::event_function::create(
+        [&](auto)
         {
-        }
-        void on_event(ixo_object_ptr<ixo_event>) override
-        {
-            c_.push_back(s_->get_count());
-            f_.push_back(a_->is_selected());
-        }
-        ixo_selection* s_;
-        item* a_;
-        std::vector<int>& c_;
-        std::vector<bool>& f_;
-    };
+            counts.push_back(s->get_count());
+            flags.push_back(a->is_selected());
+        });
     auto m = ixo_event_manager::get_app_event_manager();
-    m->subscribe(ixo_event_selection_changing::create(s),
-                 new probe(s.get(), a.get(), counts, flags));
-    m->subscribe(ixo_event_selection_changed::create(s),
-                 new probe(s.get(), a.get(), counts, flags));
+    m->subscribe(ixo_event_selection_changing::create(s), probe);
+    m->subscribe(ixo_event_selection_changed::create(s), probe);
     s->add_object(a);
     s->remove_object(a);
     EXPECT_EQ(counts, (std::vector<int>{0, 1, 1, 0}));
     EXPECT_EQ(flags, (std::vector<bool>{false, true, true, false}));
-    ixo_application::end();
 }
 
 TEST(selection, iteration_cursor)

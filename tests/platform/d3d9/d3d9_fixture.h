@@ -1,6 +1,6 @@
 #pragma once
-// A headless device with a render target, a depth buffer and a readable copy, shared by
-// the Direct3D 9 render tests.
+// A headless device with a W x H render target, a depth buffer and a readable copy, shared
+// by the Direct3D 9 render tests.
 
 #include <ixocore/platform/d3d9.h>
 
@@ -16,17 +16,16 @@ struct ixo_test_pixel
     std::uint8_t b, g, r, a;
 };
 
-class ixo_d3d9_fixture : public ::testing::Test
+template <UINT width, UINT height> class ixo_d3d9_target : public ::testing::Test
 {
 protected:
-    static constexpr UINT W = 64;
-    static constexpr UINT H = 48;
+    static constexpr UINT W = width;
+    static constexpr UINT H = height;
 
     void SetUp() override
     {
         d3d = Direct3DCreate9(D3D_SDK_VERSION);
         ASSERT_NE(d3d, nullptr);
-        D3DPRESENT_PARAMETERS pp{};
         pp.BackBufferWidth = 8;
         pp.BackBufferHeight = 8;
         pp.SwapEffect = D3DSWAPEFFECT_DISCARD;
@@ -35,6 +34,13 @@ protected:
                                     D3DCREATE_HARDWARE_VERTEXPROCESSING | D3DCREATE_FPU_PRESERVE,
                                     &pp, &device),
                   D3D_OK);
+        create_surfaces();
+    }
+
+    // The target, depth buffer and readable copy; released and made again around a
+    // device reset.
+    void create_surfaces()
+    {
         ASSERT_EQ(device->CreateRenderTarget(W, H, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE,
                                              &target, nullptr),
                   D3D_OK);
@@ -48,14 +54,19 @@ protected:
         ASSERT_EQ(device->SetDepthStencilSurface(depth), D3D_OK);
     }
 
+    void release_surfaces()
+    {
+        for (IDirect3DSurface9** s : {&readback, &depth, &target})
+        {
+            if (*s)
+                (*s)->Release();
+            *s = nullptr;
+        }
+    }
+
     void TearDown() override
     {
-        if (readback)
-            readback->Release();
-        if (depth)
-            depth->Release();
-        if (target)
-            target->Release();
+        release_surfaces();
         if (device)
         {
             EXPECT_EQ(device->Release(), 0u);
@@ -101,12 +112,15 @@ protected:
         device->SetTransform(D3DTS_PROJECTION, &i);
     }
 
+    D3DPRESENT_PARAMETERS pp{};
     IDirect3D9* d3d = nullptr;
     IDirect3DDevice9* device = nullptr;
     IDirect3DSurface9* target = nullptr;
     IDirect3DSurface9* depth = nullptr;
     IDirect3DSurface9* readback = nullptr;
 };
+
+using ixo_d3d9_fixture = ixo_d3d9_target<64, 48>;
 
 inline bool ixo_near(const ixo_test_pixel& p, int r, int g, int b, int a, int tolerance = 1)
 {

@@ -1,85 +1,46 @@
+// The D3DX entry points over the shape builders' reordering (checked in d3dx_shapes_test):
+// both index widths reach it unchanged, and bad arguments are refused.
+
+#include "platform/d3d9/d3dx_shapes.h"
+
 #include <ixocore/platform/d3dx9.h>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <cstdint>
 #include <vector>
 
-namespace
+TEST(d3dx_optimize, both_index_widths_give_the_builders_remaps)
 {
-
-using triangle = std::array<std::array<float, 2>, 3>;
-
-// Triangles as triples of positions, each rotated to start at its smallest corner.
-std::vector<triangle> triangles(std::vector<std::array<float, 2>> const& vertices,
-                                std::vector<std::uint32_t> const& indices)
-{
-    std::vector<triangle> out;
-    for (std::size_t t = 0; t < indices.size(); t += 3)
-    {
-        triangle tri{vertices[indices[t]], vertices[indices[t + 1]], vertices[indices[t + 2]]};
-        auto first = std::min_element(tri.begin(), tri.end()) - tri.begin();
-        std::rotate(tri.begin(), tri.begin() + first, tri.end());
-        out.push_back(tri);
-    }
-    std::sort(out.begin(), out.end());
-    return out;
-}
-
-} // namespace
-
-TEST(d3dx_optimize, mesh_reordering_keeps_the_triangle_set)
-{
-    // A strip of quads whose triangles and vertices come in a scrambled order.
+    // A strip of quads whose triangles come in a scrambled order.
     unsigned const n = 30;
-    std::vector<std::array<float, 2>> vertices;
-    for (unsigned i = 0; i <= n; ++i)
-    {
-        vertices.push_back({float(i), 0});
-        vertices.push_back({float(i), 1});
-    }
     std::vector<std::uint32_t> indices;
     for (unsigned k = 0; k < n; ++k)
     {
-        unsigned i = (k * 7) % n;
-        std::uint32_t a = 2 * i, b = a + 1, c = a + 2, d = a + 3;
+        std::uint32_t a = 2 * ((k * 7) % n), b = a + 1, c = a + 2, d = a + 3;
         indices.insert(indices.end(), {a, c, b, b, c, d});
     }
-    auto const before = triangles(vertices, indices);
-    UINT const faces = UINT(indices.size() / 3), verts = UINT(vertices.size());
-
-    // Vertices: remap[old] = new.
-    std::vector<DWORD> vremap(verts);
-    ASSERT_EQ(D3DXOptimizeVertices(indices.data(), faces, verts, TRUE, vremap.data()), D3D_OK);
-    std::vector<std::array<float, 2>> moved(verts);
-    for (UINT i = 0; i < verts; ++i)
-        moved[vremap[i]] = vertices[i];
-    for (auto& k : indices)
-        k = vremap[k];
-    vertices = moved;
-    EXPECT_EQ(triangles(vertices, indices), before);
-    // The first triangle's corners are now the first vertices.
-    EXPECT_EQ(indices[0], 0u);
-    EXPECT_EQ(indices[1], 1u);
-    EXPECT_EQ(indices[2], 2u);
-
-    // Faces, from 16-bit indices: new face i = old face remap[i].
-    std::vector<std::uint16_t> small(indices.begin(), indices.end());
-    std::vector<DWORD> fremap(faces);
-    ASSERT_EQ(D3DXOptimizeFaces(small.data(), faces, verts, FALSE, fremap.data()), D3D_OK);
-    std::vector<std::uint32_t> reordered;
-    for (DWORD old : fremap)
-        reordered.insert(reordered.end(), indices.begin() + 3 * old, indices.begin() + 3 * old + 3);
-    EXPECT_EQ(triangles(vertices, reordered), before);
-
-    EXPECT_EQ(D3DXOptimizeFaces(nullptr, faces, verts, TRUE, fremap.data()), D3DERR_INVALIDCALL);
+    std::vector<std::uint16_t> const small(indices.begin(), indices.end());
+    UINT const faces = UINT(indices.size() / 3), verts = 2 * (n + 1);
+    std::vector<std::uint32_t> want_v(verts), want_f(faces);
+    ASSERT_TRUE(ixo_d3dx_optimize_vertices(indices.data(), faces, verts, want_v.data()));
+    ASSERT_TRUE(ixo_d3dx_optimize_faces(indices.data(), faces, verts, want_f.data()));
+    for (bool wide : {true, false})
+    {
+        void const* data = wide ? static_cast<void const*>(indices.data()) : small.data();
+        std::vector<DWORD> v(verts), f(faces);
+        ASSERT_EQ(D3DXOptimizeVertices(data, faces, verts, wide, v.data()), D3D_OK);
+        ASSERT_EQ(D3DXOptimizeFaces(data, faces, verts, wide, f.data()), D3D_OK);
+        EXPECT_EQ(std::vector<std::uint32_t>(v.begin(), v.end()), want_v) << wide;
+        EXPECT_EQ(std::vector<std::uint32_t>(f.begin(), f.end()), want_f) << wide;
+    }
+    std::vector<DWORD> remap(verts);
+    EXPECT_EQ(D3DXOptimizeFaces(nullptr, faces, verts, TRUE, remap.data()), D3DERR_INVALIDCALL);
     EXPECT_EQ(D3DXOptimizeFaces(indices.data(), faces, verts, TRUE, nullptr), D3DERR_INVALIDCALL);
     EXPECT_EQ(D3DXOptimizeVertices(indices.data(), faces, verts, TRUE, nullptr),
               D3DERR_INVALIDCALL);
     // An index beyond the vertex count.
-    EXPECT_EQ(D3DXOptimizeVertices(indices.data(), faces, verts - 5, TRUE, vremap.data()),
+    EXPECT_EQ(D3DXOptimizeVertices(indices.data(), faces, verts - 5, TRUE, remap.data()),
               D3DERR_INVALIDCALL);
-    EXPECT_EQ(D3DXOptimizeFaces(indices.data(), faces, 0, TRUE, fremap.data()), D3DERR_INVALIDCALL);
+    EXPECT_EQ(D3DXOptimizeFaces(indices.data(), faces, 0, TRUE, remap.data()), D3DERR_INVALIDCALL);
 }

@@ -36,7 +36,22 @@ std::array<xyz_color, 4> quad(float z, D3DCOLOR c, float x0 = -1, float y0 = -1,
 
 } // namespace
 
-using device_render = ixo_d3d9_fixture;
+class device_render : public ixo_d3d9_fixture
+{
+protected:
+    // Identity transforms, no lighting, no culling, positions with colours: clip-space quads.
+    void flat()
+    {
+        identity_transforms();
+        device->SetRenderState(D3DRS_LIGHTING, FALSE);
+        device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+        device->SetFVF(k_xyz_color);
+    }
+    HRESULT draw(const std::array<xyz_color, 4>& q)
+    {
+        return device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_color));
+    }
+};
 
 TEST_F(device_render, clear_writes_blue_green_red_alpha_and_row_zero_is_the_top)
 {
@@ -108,27 +123,22 @@ TEST_F(device_render, pre_transformed_triangle_lands_on_the_pixels_it_names)
 
 TEST_F(device_render, depth_test_and_depth_write)
 {
-    identity_transforms();
-    device->SetRenderState(D3DRS_LIGHTING, FALSE);
-    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
+    flat();
     device->SetRenderState(D3DRS_ZENABLE, D3DZB_TRUE);
-    device->SetFVF(k_xyz_color);
     device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, 0xff000000, 1.f, 0);
     device->BeginScene();
     auto near_red = quad(0.25f, 0xffff0000, -1, -1, 0, 1); // left half, near
     auto far_green = quad(0.75f, 0xff00ff00);              // whole target, far
-    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, near_red.data(), sizeof(xyz_color)),
-              D3D_OK);
-    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, far_green.data(), sizeof(xyz_color)),
-              D3D_OK);
+    ASSERT_EQ(draw(near_red), D3D_OK);
+    ASSERT_EQ(draw(far_green), D3D_OK);
     // Without depth writes a near blue quad shows but leaves the depth as it was, so a
     // yellow quad between the two still wins on the right half.
     device->SetRenderState(D3DRS_ZWRITEENABLE, FALSE);
     auto nearest_blue = quad(0.1f, 0xff0000ff, 0, -1, 1, 0); // bottom-right quarter
-    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, nearest_blue.data(), sizeof(xyz_color));
+    draw(nearest_blue);
     device->SetRenderState(D3DRS_ZWRITEENABLE, TRUE);
     auto middle_yellow = quad(0.5f, 0xffffff00, 0, -1, 1, 1);
-    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, middle_yellow.data(), sizeof(xyz_color));
+    draw(middle_yellow);
     // With the depth test off the last quad covers everything.
     device->EndScene();
     auto p = read();
@@ -140,7 +150,7 @@ TEST_F(device_render, depth_test_and_depth_write)
 
     device->SetRenderState(D3DRS_ZENABLE, D3DZB_FALSE);
     auto far_cyan = quad(0.9f, 0xff00ffff);
-    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, far_cyan.data(), sizeof(xyz_color));
+    draw(far_cyan);
     p = read();
     EXPECT_TRUE(ixo_pixel_is(at(p, 5, 5), 0, 255, 255, 255));
 }
@@ -172,16 +182,13 @@ TEST_F(device_render, cull_modes_follow_screen_winding)
 
 TEST_F(device_render, alpha_blending_with_source_alpha_factors)
 {
-    identity_transforms();
-    device->SetRenderState(D3DRS_LIGHTING, FALSE);
-    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
-    device->SetFVF(k_xyz_color);
+    flat();
     device->Clear(0, nullptr, D3DCLEAR_TARGET, D3DCOLOR_ARGB(255, 0, 0, 200), 1.f, 0);
     device->SetRenderState(D3DRS_ALPHABLENDENABLE, TRUE);
     device->SetRenderState(D3DRS_SRCBLEND, D3DBLEND_SRCALPHA);
     device->SetRenderState(D3DRS_DESTBLEND, D3DBLEND_INVSRCALPHA);
     auto q = quad(0.5f, D3DCOLOR_ARGB(64, 255, 100, 0));
-    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_color)), D3D_OK);
+    ASSERT_EQ(draw(q), D3D_OK);
     auto p = read();
     // result = src * a + dst * (1 - a), a = 64/255; alpha the same way.
     double a = 64.0 / 255.0;
@@ -191,17 +198,14 @@ TEST_F(device_render, alpha_blending_with_source_alpha_factors)
                              static_cast<int>(std::lround(64 * a + 255 * (1 - a)))));
     // Blending off replaces.
     device->SetRenderState(D3DRS_ALPHABLENDENABLE, FALSE);
-    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_color));
+    draw(q);
     p = read();
     EXPECT_TRUE(ixo_pixel_is(at(p, 10, 10), 255, 100, 0, 64, 0));
 }
 
 TEST_F(device_render, viewport_places_the_drawing_and_limits_clears)
 {
-    identity_transforms();
-    device->SetRenderState(D3DRS_LIGHTING, FALSE);
-    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
-    device->SetFVF(k_xyz_color);
+    flat();
     device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff000000, 1.f, 0);
     D3DVIEWPORT9 vp = {40, 0, 20, 10, 0.f, 1.f};
     ASSERT_EQ(device->SetViewport(&vp), D3D_OK);
@@ -211,7 +215,7 @@ TEST_F(device_render, viewport_places_the_drawing_and_limits_clears)
     EXPECT_EQ(back.Width, 20u);
     // A full clip-space quad fills exactly the viewport.
     auto q = quad(0.5f, 0xffffffff);
-    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_color));
+    draw(q);
     auto p = read();
     int white = 0;
     for (UINT y = 0; y < H; ++y)
@@ -251,21 +255,18 @@ TEST_F(device_render, transforms_use_row_vectors_and_multiply_applies_the_new_ma
     // scale first, then translate: x' = 0.5 x + 0.5
     EXPECT_FLOAT_EQ(got._11, 0.5f);
     EXPECT_FLOAT_EQ(got._41, 0.5f);
-    D3DMATRIX i = identity();
-    device->SetTransform(D3DTS_VIEW, &i);
-    device->SetTransform(D3DTS_PROJECTION, &i);
-    device->SetRenderState(D3DRS_LIGHTING, FALSE);
-    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
-    device->SetFVF(k_xyz_color);
+    flat();
+    device->SetTransform(D3DTS_WORLD, &got);
     device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff000000, 1.f, 0);
     // The quad x in [-1, 1] lands on [0, 1]: the right half; y = +1 is the top row.
     auto q = quad(0.5f, 0xffffffff, -1, 0, 1, 1);
-    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_color));
+    draw(q);
     auto p = read();
     EXPECT_EQ(at(p, W / 4, H / 4).r, 0);
     EXPECT_EQ(at(p, 3 * W / 4, H / 4).r, 255);
     EXPECT_EQ(at(p, 3 * W / 4, 3 * H / 4).r, 0);
-    EXPECT_EQ(device->SetTransform(static_cast<D3DTRANSFORMSTATETYPE>(1), &i), D3DERR_INVALIDCALL);
+    EXPECT_EQ(device->SetTransform(static_cast<D3DTRANSFORMSTATETYPE>(1), &got),
+              D3DERR_INVALIDCALL);
     EXPECT_EQ(device->GetTransform(D3DTS_WORLD, nullptr), D3DERR_INVALIDCALL);
 }
 
@@ -530,12 +531,9 @@ TEST_F(device_render, r32f_render_target_keeps_floats)
     ASSERT_EQ(map->GetSurfaceLevel(0, &level), D3D_OK);
     ASSERT_EQ(device->SetRenderTarget(0, level), D3D_OK);
     device->Clear(0, nullptr, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER, 0xffffffff, 1.f, 0);
-    identity_transforms();
-    device->SetRenderState(D3DRS_LIGHTING, FALSE);
-    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
-    device->SetFVF(k_xyz_color);
+    flat();
     auto q = quad(0.5f, D3DCOLOR_ARGB(255, 64, 0, 0), -1, -1, 0, 1);
-    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_color));
+    draw(q);
     IDirect3DSurface9* copy = nullptr;
     ASSERT_EQ(
         device->CreateOffscreenPlainSurface(W, H, D3DFMT_R32F, D3DPOOL_SYSTEMMEM, &copy, nullptr),
