@@ -101,13 +101,24 @@ typedef union _LARGE_INTEGER
     LONGLONG QuadPart;
 } LARGE_INTEGER;
 
-// Writes the path of the running executable (the module argument must be null: only the
-// executable is known) as UTF-16 with backslash separators into buffer, at most size
-// characters including the terminating zero. Returns the number of characters written
-// without the zero; when the buffer is too small the path is truncated, terminated and
-// size is returned, as on Windows. Returns 0 for a null buffer, a zero size, a module
-// other than null or when the path cannot be read.
+// Writes the path of a module as UTF-16 with backslash separators into buffer, at most size
+// characters including the terminating zero: the running executable for a null module, the
+// shared object (resolved, absolute) for a handle from GetModuleHandleExW. Returns the
+// number of characters written without the zero; when the buffer is too small the path is
+// truncated, terminated and size is returned, as on Windows. Returns 0 for a null buffer,
+// a zero size, a handle that is no loaded module, or when the path cannot be read.
 IXO_API DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size);
+
+// GetModuleHandleExW flags. Only look-up by address is supported; the reference count of a
+// module is never changed, so UNCHANGED_REFCOUNT is implied.
+#define GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT 0x00000002
+#define GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS 0x00000004
+
+// With GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, `name` is an address inside a loaded module
+// (a function or variable of it) and *module receives that module's handle. FALSE, with
+// *module null, without that flag, for a null name or an address in no module; FALSE for a
+// null module pointer.
+IXO_API BOOL GetModuleHandleExW(DWORD flags, LPCWSTR name, HMODULE* module);
 
 // Milliseconds since an arbitrary fixed start (the monotonic clock), wrapping at 2^32.
 IXO_API DWORD GetTickCount();

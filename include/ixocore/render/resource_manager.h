@@ -1,6 +1,7 @@
 #pragma once
 // ixo_resource_manager: where the host program lives, and the full paths of the resource
-// files (the effect file) in the Media folder beside it.
+// files (the effect file): in the Media folder beside it, or else in the media folder of
+// the installed package the library itself was loaded from.
 
 #include <ixocore/core/api.h>
 #include <ixocore/core/object.h>
@@ -19,7 +20,11 @@ public:
     static ixo_object_ptr<ixo_resource_manager> get_app_resource_manager();
 
     // The executable's folder + "/Media/" + name, for example /opt/tool/Media/ixo_default.fx
-    // for the executable /opt/tool/host.
+    // for the executable /opt/tool/host. When no such file exists there but the installed
+    // package holds it (share/ixocore/Media/name found relative to the library's own file,
+    // e.g. /opt/x/share/ixocore/Media/ixo_default.fx for /opt/x/lib/libixocore.so.0), that
+    // path instead: a host linked against an installed library needs no copy of the media.
+    // Costs up to two file-system look-ups.
     virtual ixo_string get_full_path(const ixo_string& name);
     // The executable's folder without a trailing separator; empty for the root folder and
     // when the executable's path cannot be read.
@@ -35,4 +40,7 @@ private:
 
     ixo_string exe_path_;
     ixo_string media_folder_;
+    // The installed package's media folder with a trailing separator; empty when the
+    // library's own file cannot be found.
+    ixo_string package_media_;
 };

@@ -1,9 +1,13 @@
 #include <ixocore/platform/win32.h>
+#include <ixocore/platform/win32_testing.h>
 
 #include <X11/Xlib.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <ctime>
+#include <dlfcn.h>
+#include <link.h>
 #include <unistd.h>
 #include <vector>
 
@@ -93,15 +97,12 @@ void append_utf8(std::string& out, char32_t cp)
 
 } // namespace
 
-DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size)
+namespace
 {
-    if (module != nullptr || buffer == nullptr || size == 0)
-        return 0;
-    std::vector<char> link(4096);
-    ssize_t n = readlink("/proc/self/exe", link.data(), link.size());
-    if (n <= 0 || std::size_t(n) >= link.size())
-        return 0;
-    std::u16string path = utf8_to_utf16(std::string(link.data(), std::size_t(n)));
+// Writes `path` (UTF-8, '/' separators) in the Windows form, truncating as Windows does.
+DWORD write_module_path(std::string const& native, LPWSTR buffer, DWORD size)
+{
+    std::u16string path = utf8_to_utf16(native);
     for (char16_t& c : path)
         if (c == u'/')
             c = u'\\';
@@ -119,16 +120,82 @@ DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size)
     return DWORD(path.size());
 }
 
+std::string executable_path()
+{
+    std::vector<char> link(4096);
+    ssize_t n = readlink("/proc/self/exe", link.data(), link.size());
+    if (n <= 0 || std::size_t(n) >= link.size())
+        return {};
+    return std::string(link.data(), std::size_t(n));
+}
+} // namespace
+
+DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size)
+{
+    if (buffer == nullptr || size == 0)
+        return 0;
+    std::string path;
+    if (module == nullptr)
+        path = executable_path();
+    else
+    {
+        // A module handle is the load address of a shared object (GetModuleHandleExW).
+        Dl_info info{};
+        link_map* map = nullptr;
+        if (dladdr1(reinterpret_cast<void*>(module), &info, reinterpret_cast<void**>(&map),
+                    RTLD_DL_LINKMAP) == 0 ||
+            info.dli_fbase != module || map == nullptr)
+            return 0;
+        // The main program's entry has no name of its own.
+        if (map->l_name == nullptr || *map->l_name == 0)
+            path = executable_path();
+        else if (char* resolved = realpath(map->l_name, nullptr))
+        {
+            path = resolved;
+            std::free(resolved);
+        }
+    }
+    if (path.empty())
+        return 0;
+    return write_module_path(path, buffer, size);
+}
+
+BOOL GetModuleHandleExW(DWORD flags, LPCWSTR name, HMODULE* module)
+{
+    if (module == nullptr)
+        return FALSE;
+    *module = nullptr;
+    if (!(flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) || name == nullptr)
+        return FALSE;
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void const*>(name), &info) == 0 || info.dli_fbase == nullptr)
+        return FALSE;
+    *module = static_cast<HMODULE>(info.dli_fbase);
+    return TRUE;
+}
+
 DWORD GetTickCount()
 {
     return DWORD(std::uint64_t(monotonic_ns() / 1000000));
+}
+
+namespace
+{
+bool g_counter_frozen = false;
+LONGLONG g_frozen_ticks = 0;
+} // namespace
+
+void ixo_win32_test_set_performance_counter(BOOL frozen, LONGLONG ticks)
+{
+    g_counter_frozen = frozen != FALSE;
+    g_frozen_ticks = ticks;
 }
 
 BOOL QueryPerformanceCounter(LARGE_INTEGER* count)
 {
     if (count == nullptr)
         return FALSE;
-    count->QuadPart = monotonic_ns();
+    count->QuadPart = g_counter_frozen ? g_frozen_ticks : monotonic_ns();
     return TRUE;
 }
 

@@ -97,3 +97,49 @@ TEST(win32, screen_context_and_rectangles)
     EXPECT_EQ(r.bottom, 40);
     EXPECT_FALSE(SetRect(nullptr, 0, 0, 1, 1));
 }
+
+namespace
+{
+int executable_marker = 0;
+
+std::string module_path(HMODULE module)
+{
+    std::vector<WCHAR> buffer(4096);
+    DWORD len = GetModuleFileNameW(module, buffer.data(), DWORD(buffer.size()));
+    return len == 0 ? std::string() : ixo_native_path(buffer.data());
+}
+} // namespace
+
+TEST(win32, module_handle_from_address_names_the_file_holding_it)
+{
+    HMODULE library = nullptr;
+    ASSERT_TRUE(GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                                       GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                                   reinterpret_cast<LPCWSTR>(&GetTickCount), &library));
+    std::string const library_path = module_path(library);
+    ASSERT_FALSE(library_path.empty());
+    EXPECT_EQ(library_path.front(), '/');
+    EXPECT_NE(library_path.find("/libixocore.so"), std::string::npos) << library_path;
+
+    HMODULE executable = nullptr;
+    ASSERT_TRUE(GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                                   reinterpret_cast<LPCWSTR>(&executable_marker), &executable));
+    EXPECT_NE(executable, library);
+    char link[4096];
+    ssize_t n = readlink("/proc/self/exe", link, sizeof link - 1);
+    ASSERT_GT(n, 0);
+    EXPECT_EQ(module_path(executable), std::string(link, std::size_t(n)));
+
+    // Only look-up by address is known; a stack address lies in no module; an address
+    // inside a module is no handle.
+    HMODULE none = library;
+    int on_stack = 0;
+    EXPECT_FALSE(GetModuleHandleExW(0, reinterpret_cast<LPCWSTR>(&GetTickCount), &none));
+    EXPECT_EQ(none, nullptr);
+    EXPECT_FALSE(GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                                    reinterpret_cast<LPCWSTR>(&on_stack), &none));
+    EXPECT_FALSE(GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, nullptr, &none));
+    EXPECT_FALSE(GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                                    reinterpret_cast<LPCWSTR>(&GetTickCount), nullptr));
+    EXPECT_EQ(module_path(reinterpret_cast<HMODULE>(reinterpret_cast<char*>(library) + 16)), "");
+}

@@ -1,0 +1,118 @@
+#include <ixocore/app/application.h>
+#include <ixocore/render/camera_view.h>
+#include <ixocore/render/render_view.h>
+#include <ixocore/render/render_view_manager.h>
+#include <ixocore/scene/scene.h>
+#include <ixocore/scene/scene_label.h>
+#include <ixocore/tools/label_move_tool.h>
+
+#include <gtest/gtest.h>
+
+namespace
+{
+constexpr int w = 200;
+constexpr int h = 100;
+
+// One pickable label in a view looking down -z at the origin from (0, 0, 10).
+class label_move_test : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
+        scene = ixo_scene::create();
+        label = ixo_scene_label::create(IXO_TEXT("Bearing"), ixo_vector3<float>(-2, 1, 0));
+        label->set_label(0, IXO_TEXT("load 12 kN"));
+        label->set_property(ixo_scene_object::pickable, true);
+        scene->get_root()->add_child(label);
+        view = ixo_render_view_manager::get_app_render_view_manager()->create();
+        ASSERT_TRUE(view->initialize(nullptr, w, h, scene));
+        camera = view->get_camera();
+        camera->set_eye({0, 0, 10});
+        camera->set_focus({0, 0, 0});
+        camera->set_up({0, 1, 0});
+        camera->set_fov(30.0f);
+        camera->set_near(1.0f);
+        camera->set_far(20.0f);
+        tool = ixo_label_move_tool::create();
+    }
+    void TearDown() override
+    {
+        tool = nullptr;
+        camera = nullptr;
+        view = nullptr;
+        label = nullptr;
+        scene = nullptr;
+        ixo_application::end();
+    }
+
+    // The box's top-left corner as drawn now, in pixels from the top-left.
+    ixo_vector2<float> corner() { return camera->pixel_from_point(label->get_world_position()); }
+
+    // A gesture grabbing the title bar 6 pixels right of and 4 below the corner (given as
+    // pixels from the top; the tool gets y from the bottom), moving by (dx, dy) on the
+    // screen.
+    void drag_title(int dx, int dy)
+    {
+        view->paint();
+        ixo_vector2<float> const c = corner();
+        int const x = int(c[0]) + 6, y = int(c[1]) + 4;
+        EXPECT_FALSE(tool->on_mouse_down(view, x, h - y, false, false));
+        EXPECT_TRUE(tool->on_mouse_drag(view, x + dx, h - (y + dy), false, false));
+        EXPECT_TRUE(tool->on_mouse_up(view, x + dx, h - (y + dy), false, false));
+    }
+
+    ixo_object_ptr<ixo_scene> scene;
+    ixo_object_ptr<ixo_scene_label> label;
+    ixo_object_ptr<ixo_render_view> view;
+    ixo_object_ptr<ixo_camera_view> camera;
+    ixo_object_ptr<ixo_label_move_tool> tool;
+};
+} // namespace
+
+TEST_F(label_move_test, moving_keeps_the_grab_offset_and_the_depth)
+{
+    for (bool perspective : {false, true})
+    {
+        camera->use_perspective(perspective);
+        label->set_world_position({-2, 1, perspective ? 2.0f : 0.0f});
+        ixo_vector2<float> const before = corner();
+        drag_title(30, 20);
+        ixo_vector2<float> const after = corner();
+        EXPECT_NEAR(after[0] - before[0], 30.0f, 1.0f) << perspective;
+        EXPECT_NEAR(after[1] - before[1], 20.0f, 1.0f) << perspective;
+        EXPECT_NEAR(label->get_world_position()[2], perspective ? 2.0f : 0.0f, 1e-4f);
+    }
+}
+
+TEST_F(label_move_test, resizing_follows_the_pointer_down_to_the_minimum)
+{
+    tool->set_mode(1);
+    ixo_vector3<float> const at = label->get_world_position();
+    view->paint();
+    ixo_vector2<int> const fitted = label->get_dimensions();
+    ASSERT_GT(fitted[0], 20);
+    drag_title(15, 10);
+    EXPECT_EQ(label->get_dimensions(), ixo_vector2<int>(fitted[0] + 15, fitted[1] + 10));
+    EXPECT_FALSE(label->get_auto_size());
+    EXPECT_EQ(label->get_world_position(), at);
+    // Far up and to the left: 20 pixels each way remain.
+    drag_title(-1000, -1000);
+    EXPECT_EQ(label->get_dimensions(), ixo_vector2<int>(20, 20));
+}
+
+TEST_F(label_move_test, nothing_is_grabbed_off_the_title_bar)
+{
+    view->paint();
+    ixo_vector2<float> const c = corner();
+    EXPECT_EQ(ixo_label_move_tool::get_object_in_point(view, int(c[0]) + 3, h - int(c[1]) - 3),
+              label);
+    EXPECT_EQ(ixo_label_move_tool::get_object_in_point(view, w + 5, 50), nullptr);
+    // Empty space: the drag does nothing, the up still ends the gesture.
+    ixo_vector3<float> const at = label->get_world_position();
+    EXPECT_FALSE(tool->on_mouse_down(view, w - 2, 2, false, false));
+    EXPECT_FALSE(tool->on_mouse_drag(view, w - 40, 20, false, false));
+    EXPECT_TRUE(tool->on_mouse_up(view, w - 40, 20, false, false));
+    EXPECT_EQ(label->get_world_position(), at);
+    EXPECT_FALSE(tool->on_mouse_up(view, w - 40, 20, false, false));
+}

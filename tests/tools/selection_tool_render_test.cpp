@@ -1,0 +1,158 @@
+#include <ixocore/app/application.h>
+#include <ixocore/app/document.h>
+#include <ixocore/events/event_manager.h>
+#include <ixocore/math/matrix.h>
+#include <ixocore/render/camera_view.h>
+#include <ixocore/render/render_view.h>
+#include <ixocore/render/render_view_manager.h>
+#include <ixocore/scene/scene.h>
+#include <ixocore/scene/scene_box.h>
+#include <ixocore/scene/scene_rectangle.h>
+#include <ixocore/scene/selection.h>
+#include <ixocore/tools/selection_tool.h>
+
+#include <gtest/gtest.h>
+
+namespace
+{
+constexpr int w = 200;
+constexpr int h = 100;
+
+// Counts selection-changed events.
+class change_counter : public ixo_event_handler
+{
+public:
+    void on_event(ixo_object_ptr<ixo_event>) override { ++count; }
+    int count = 0;
+};
+
+// Two unit boxes seen from (0, 0, 10), orthographic: 200 pixels span 2 · tan(15°) · 10 ·
+// 2 ≈ 10.72 units, so a box at x = ∓3 covers about columns 35..53 (a) and 147..165 (b),
+// rows 41..59, and the centre column 100 is empty.
+class selection_tool_test : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
+        doc = ixo_application::instance()->create_document();
+        scene = doc->get_scene();
+        selection = doc->get_selection();
+        a = ixo_scene_box::create(1.0f, 1.0f, 1.0f);
+        b = ixo_scene_box::create(1.0f, 1.0f, 1.0f);
+        a->set_transform(ixo_translation_transform(ixo_vector3<float>(-3, 0, 0)));
+        b->set_transform(ixo_translation_transform(ixo_vector3<float>(3, 0, 0)));
+        for (auto& box : {a, b})
+        {
+            box->set_property(ixo_scene_object::pickable, true);
+            scene->get_root()->add_child(box);
+        }
+        view = ixo_render_view_manager::get_app_render_view_manager()->create();
+        ASSERT_TRUE(view->initialize(nullptr, w, h, scene));
+        auto camera = view->get_camera();
+        camera->set_eye({0, 0, 10});
+        camera->set_focus({0, 0, 0});
+        camera->set_up({0, 1, 0});
+        camera->set_fov(30.0f);
+        camera->near_far_to_box(scene->get_bounds());
+        tool = ixo_selection_tool::create(selection);
+    }
+    void TearDown() override
+    {
+        tool = nullptr;
+        view = nullptr;
+        a = b = nullptr;
+        selection = nullptr;
+        scene = nullptr;
+        ixo_application::instance()->remove_document(doc);
+        doc = nullptr;
+        ixo_application::end();
+    }
+
+    bool click(int x, int y, bool m1 = false, bool m2 = false)
+    {
+        EXPECT_FALSE(tool->on_mouse_down(view, x, y, m1, m2));
+        return tool->on_mouse_up(view, x, y, m1, m2);
+    }
+    bool band(int x0, int y0, int x1, int y1, bool m2 = false)
+    {
+        EXPECT_FALSE(tool->on_mouse_down(view, x0, y0, false, m2));
+        EXPECT_TRUE(tool->on_mouse_drag(view, x1, y1, false, m2));
+        return tool->on_mouse_up(view, x1, y1, false, m2);
+    }
+    bool selected(const ixo_object_ptr<ixo_scene_box>& box) { return box->is_selected(); }
+
+    ixo_object_ptr<ixo_document> doc;
+    ixo_object_ptr<ixo_scene> scene;
+    ixo_object_ptr<ixo_selection> selection;
+    ixo_object_ptr<ixo_scene_box> a, b;
+    ixo_object_ptr<ixo_render_view> view;
+    ixo_object_ptr<ixo_selection_tool> tool;
+};
+} // namespace
+
+TEST_F(selection_tool_test, object_in_point_reads_the_pixel_under_the_pointer)
+{
+    EXPECT_EQ(ixo_selection_tool::get_object_in_point(view, 44, 50).get(), a.get());
+    EXPECT_EQ(ixo_selection_tool::get_object_in_point(view, 156, 45).get(), b.get());
+    EXPECT_EQ(ixo_selection_tool::get_object_in_point(view, 100, 50), nullptr);
+    EXPECT_EQ(ixo_selection_tool::get_object_in_point(view, w + 1, 50), nullptr);
+    EXPECT_EQ(ixo_selection_tool::get_object_in_point(view, 44, -1), nullptr);
+    EXPECT_EQ(ixo_selection_tool::get_object_in_point(nullptr, 44, 50), nullptr);
+}
+
+TEST_F(selection_tool_test, clicks_select_toggle_and_clear)
+{
+    EXPECT_TRUE(click(44, 50));
+    EXPECT_TRUE(selected(a));
+    EXPECT_EQ(selection->get_count(), 1);
+    // A plain click replaces the selection, a modifier2 click toggles.
+    EXPECT_TRUE(click(156, 50));
+    EXPECT_FALSE(selected(a));
+    EXPECT_TRUE(selected(b));
+    EXPECT_TRUE(click(44, 50, false, true));
+    EXPECT_EQ(selection->get_count(), 2);
+    EXPECT_TRUE(click(156, 50, false, true));
+    EXPECT_FALSE(selected(b));
+    EXPECT_TRUE(selected(a));
+    // modifier1 abandons the gesture.
+    EXPECT_FALSE(click(100, 50, true, false));
+    EXPECT_TRUE(selected(a));
+    // Empty space without modifier2 clears.
+    EXPECT_TRUE(click(100, 50));
+    EXPECT_TRUE(selection->is_empty());
+}
+
+TEST_F(selection_tool_test, rubber_band_adds_each_object_once_and_toggles)
+{
+    auto events = ixo_event_manager::get_app_event_manager();
+    ixo_object_ptr<change_counter> counter(new change_counter);
+    ixo_event_key key = events->subscribe(ixo_event_selection_changed::create(selection), counter);
+
+    // Through both boxes and the space between: emptied once, each box added once.
+    EXPECT_FALSE(tool->on_mouse_down(view, 30, 48, false, false));
+    auto rectangle = tool->get_rectangle();
+    ASSERT_NE(rectangle, nullptr);
+    EXPECT_EQ(rectangle->get_parent(), scene->get_root());
+    EXPECT_TRUE(tool->on_mouse_drag(view, 170, 52, false, false));
+    EXPECT_EQ(rectangle->get_rectangle().minimum(), ixo_vector2<float>(30, 48));
+    EXPECT_EQ(rectangle->get_rectangle().maximum(), ixo_vector2<float>(170, 52));
+    EXPECT_TRUE(tool->on_mouse_up(view, 170, 52, false, false));
+    EXPECT_TRUE(selected(a) && selected(b));
+    EXPECT_EQ(counter->count, 3);
+    EXPECT_EQ(rectangle->get_parent(), nullptr);
+    EXPECT_EQ(tool->get_rectangle(), nullptr);
+    EXPECT_EQ(scene->get_root()->get_num_children(), 2);
+
+    // Toggling a selected and an unselected object swaps them.
+    EXPECT_TRUE(click(156, 50, false, true));
+    ASSERT_TRUE(selected(a) && !selected(b));
+    EXPECT_TRUE(band(170, 40, 30, 60, true));
+    EXPECT_FALSE(selected(a));
+    EXPECT_TRUE(selected(b));
+
+    // A band reaching far outside the view reads only the view, and still finds both.
+    EXPECT_TRUE(band(-1000000, -1000000, 1000000, 1000000));
+    EXPECT_EQ(selection->get_count(), 2);
+    events->unsubscribe(key);
+}

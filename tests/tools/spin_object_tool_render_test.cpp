@@ -1,0 +1,142 @@
+#include <ixocore/app/application.h>
+#include <ixocore/events/event.h>
+#include <ixocore/events/event_manager.h>
+#include <ixocore/math/matrix.h>
+#include <ixocore/platform/win32_testing.h>
+#include <ixocore/render/camera_view.h>
+#include <ixocore/render/render_view.h>
+#include <ixocore/render/render_view_manager.h>
+#include <ixocore/scene/scene.h>
+#include <ixocore/scene/scene_box.h>
+#include <ixocore/tools/spin_object_tool.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace
+{
+constexpr int w = 200;
+constexpr int h = 100;
+constexpr double pi = 3.14159265358979;
+constexpr LONGLONG ticks_per_second = 1000000000;
+
+// The box spins about z in front of a camera looking down -z at the origin; time stands
+// still unless a test moves it.
+class spin_tool_test : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ixo_win32_test_set_performance_counter(TRUE, 0);
+        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
+        scene = ixo_scene::create();
+        box = ixo_scene_box::create(2.0f, 1.0f, 1.0f);
+        scene->get_root()->add_child(box);
+        view = ixo_render_view_manager::get_app_render_view_manager()->create();
+        ASSERT_TRUE(view->initialize(nullptr, w, h, scene));
+        auto camera = view->get_camera();
+        camera->set_eye({0, 0, 10});
+        camera->set_focus({0, 0, 0});
+        camera->set_up({0, 1, 0});
+        tool = ixo_spin_object_tool::create(box);
+    }
+    void TearDown() override
+    {
+        tool = nullptr;
+        view = nullptr;
+        box = nullptr;
+        scene = nullptr;
+        ixo_application::end();
+        ixo_win32_test_set_performance_counter(FALSE, 0);
+    }
+
+    void at(double seconds)
+    {
+        ixo_win32_test_set_performance_counter(TRUE, LONGLONG(seconds * ticks_per_second));
+    }
+    void idle()
+    {
+        ixo_event_manager::get_app_event_manager()->report(ixo_event_application_idle::create());
+    }
+    // The box's turn about z: where its transform takes the x axis.
+    double angle() const
+    {
+        const auto& m = box->get_transform();
+        return std::atan2(m[1][0], m[0][0]);
+    }
+    // A quarter turn counter-clockwise on the screen, from the right of the centre to
+    // above it, taking `seconds`.
+    void quarter_turn(double start, double seconds)
+    {
+        at(start);
+        EXPECT_FALSE(tool->on_mouse_down(view, 140, 50, false, false));
+        at(start + seconds);
+        EXPECT_TRUE(tool->on_mouse_drag(view, 100, 90, false, false));
+        EXPECT_TRUE(tool->on_mouse_up(view, 100, 90, false, false));
+    }
+
+    ixo_object_ptr<ixo_scene> scene;
+    ixo_object_ptr<ixo_scene_box> box;
+    ixo_object_ptr<ixo_render_view> view;
+    ixo_object_ptr<ixo_spin_object_tool> tool;
+};
+} // namespace
+
+TEST_F(spin_tool_test, released_spin_decays_and_stops_on_idle_events)
+{
+    // A quarter turn in π/2 seconds leaves the box turning at 1 rad/s.
+    quarter_turn(0.0, pi / 2);
+    EXPECT_NEAR(angle(), pi / 2, 1e-4);
+    EXPECT_TRUE(ixo_spin_object_tool::is_spinning());
+
+    // One second of idle events 10 ms apart: the sum of 0.01 · e^(-0.01 k), close to
+    // 1 - e^(-1).
+    double const expected = 0.01 * (1 - std::exp(-1.0)) / (1 - std::exp(-0.01));
+    for (int k = 1; k <= 100; ++k)
+    {
+        at(pi / 2 + 0.01 * k);
+        idle();
+    }
+    EXPECT_NEAR(angle() - pi / 2, expected, 1e-3);
+    EXPECT_NEAR(expected, 1 - std::exp(-1.0), 4e-3);
+
+    // Five more seconds bring the speed to e^-6 < 0.01 rad/s: the spin is over.
+    for (int s = 1; s <= 5; ++s)
+    {
+        at(pi / 2 + 1 + s);
+        idle();
+    }
+    EXPECT_FALSE(ixo_spin_object_tool::is_spinning());
+    double const stopped = angle();
+    at(100.0);
+    idle();
+    EXPECT_EQ(angle(), stopped);
+}
+
+TEST_F(spin_tool_test, next_down_stops_a_spin_and_slow_releases_start_none)
+{
+    quarter_turn(0.0, 0.5);
+    ASSERT_TRUE(ixo_spin_object_tool::is_spinning());
+    at(1.0);
+    EXPECT_FALSE(tool->on_mouse_down(view, 140, 50, false, false));
+    EXPECT_FALSE(ixo_spin_object_tool::is_spinning());
+    double const held = angle();
+    at(2.0);
+    idle();
+    EXPECT_EQ(angle(), held);
+    EXPECT_TRUE(tool->on_mouse_up(view, 140, 50, false, false));
+
+    // A quarter turn taking 200 s is 0.0079 rad/s: released, nothing keeps turning.
+    quarter_turn(10.0, 200.0);
+    EXPECT_FALSE(ixo_spin_object_tool::is_spinning());
+    double const after = angle();
+    at(300.0);
+    idle();
+    EXPECT_EQ(angle(), after);
+
+    // Without a down, drags and ups do nothing.
+    auto fresh = ixo_spin_object_tool::create(box);
+    EXPECT_FALSE(fresh->on_mouse_drag(view, 10, 10, false, false));
+    EXPECT_FALSE(fresh->on_mouse_up(view, 10, 10, false, false));
+}
