@@ -224,7 +224,13 @@ TEST_F(ixo_viewer_window_test, saved_picture_equals_what_ixo_render_draws)
 
     x("xdotool mousemove --window " + window_ + " 5 5 key s");
     fs::path const saved = folder_ / "viewer.png";
-    ASSERT_TRUE(wait_until([&] { return fs::exists(saved); })) << "s saved nothing";
+    // Whole once its closing chunk is there: the viewer may still be writing it.
+    auto const whole = [&]
+    {
+        std::string const png = read_file(saved);
+        return png.size() > 12 && png.compare(png.size() - 8, 4, "IEND") == 0;
+    };
+    ASSERT_TRUE(wait_until(whole)) << "s saved nothing";
 
     fs::path const rendered = folder_ / "render.png";
     pid_t render = spawn({IXO_RENDER, IXO_VIEWER_SCENE, "-o", rendered.string()}, "");
