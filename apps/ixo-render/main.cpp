@@ -154,25 +154,10 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    scene_desc described;
-    try
-    {
-        described = read_scene_file(input);
-    }
-    catch (const scene_error& e)
-    {
-        if (e.where().empty())
-            std::fprintf(stderr, "%s: %s\n", input.c_str(), e.what());
-        else
-            std::fprintf(stderr, "%s: %s: %s\n", input.c_str(), e.where().c_str(), e.what());
+    std::optional<scene_desc> const read = read_scene_file_or_report(input);
+    if (!read)
         return 1;
-    }
-    catch (const std::exception& e)
-    {
-        // The reader turns everything into scene_error; this is the last line of defence.
-        std::fprintf(stderr, "%s: %s\n", input.c_str(), printable(e.what()).c_str());
-        return 1;
-    }
+    scene_desc const& described = *read;
 
     ixo_start_code const code = ixo_application::start(nullptr);
     if (code != ixo_start_success)

@@ -140,19 +140,10 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    scene_desc described;
-    try
-    {
-        described = read_scene_file(input);
-    }
-    catch (const scene_error& e)
-    {
-        if (e.where().empty())
-            std::fprintf(stderr, "%s: %s\n", input.c_str(), e.what());
-        else
-            std::fprintf(stderr, "%s: %s: %s\n", input.c_str(), e.where().c_str(), e.what());
+    std::optional<scene_desc> const read = read_scene_file_or_report(input);
+    if (!read)
         return 1;
-    }
+    scene_desc const& described = *read;
     if (std::size_t(view_index) >= described.views.size())
     {
         std::fprintf(stderr, "%s: there is no view %ld\n", input.c_str(), view_index);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 
@@ -388,6 +389,27 @@ scene_desc read_scene_file(const std::filesystem::path& path)
         fail("", "cannot read the file into memory");
     }
     return read_scene_text(text, std::filesystem::absolute(path, ec).parent_path());
+}
+
+std::optional<scene_desc> read_scene_file_or_report(const std::string& path)
+{
+    try
+    {
+        return read_scene_file(path);
+    }
+    catch (const scene_error& e)
+    {
+        if (e.where().empty())
+            std::fprintf(stderr, "%s: %s\n", path.c_str(), e.what());
+        else
+            std::fprintf(stderr, "%s: %s: %s\n", path.c_str(), e.where().c_str(), e.what());
+    }
+    catch (const std::exception& e)
+    {
+        // The reader turns everything into scene_error; this is the last line of defence.
+        std::fprintf(stderr, "%s: %s\n", path.c_str(), printable(e.what()).c_str());
+    }
+    return std::nullopt;
 }
 
 std::string format_help()

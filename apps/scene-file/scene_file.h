@@ -76,6 +76,10 @@ constexpr std::size_t max_lights = 7; // slot 0 is the camera's head light
 // with the place being read.
 scene_desc read_scene_file(const std::filesystem::path& path);
 
+// The same for programs: the scene, or nothing after writing "FILE: WHERE: WHAT" (one line)
+// to standard error. Never throws.
+std::optional<scene_desc> read_scene_file_or_report(const std::string& path);
+
 // Reads and checks a scene from JSON text; relative paths are taken from `folder`.
 // Throws scene_error and nothing else.
 scene_desc read_scene_text(const std::string& text, const std::filesystem::path& folder);

@@ -88,4 +88,21 @@ inline void release_shared_mesh(ID3DXMesh*& mesh, bool& holds)
     if (mesh && mesh->Release() == 0)
         mesh = nullptr;
 }
+
+// Releases a device resource and forgets it.
+template <typename B> void drop(B*& buffer)
+{
+    if (buffer)
+        buffer->Release();
+    buffer = nullptr;
+}
+
+// Holds another owner's resource too (drawing data shared between objects of one shape).
+template <typename B> void share(B*& mine, B* theirs)
+{
+    if (theirs)
+        theirs->AddRef();
+    drop(mine);
+    mine = theirs;
+}
 } // namespace ixo_primitive

@@ -14,6 +14,9 @@ IXO_TYPIFIED_DEFINE(ixo_scene_poly_cylinder, IXO_TEXT("Polycylinder Scene Object
 
 namespace
 {
+using ixo_primitive::drop;
+using ixo_primitive::share;
+
 using color = ixo_vector4<unsigned char>;
 using v3 = ixo_vector3<float>;
 
@@ -127,21 +130,6 @@ bool profile_curve(const std::vector<record>& r, PLib::NurbsCurve<float, 3>& cur
     PLib::Vector<float> knots;
     return PLib::knotAveragingClosed(params, 2, knots) &&
            curve.globalInterpClosedH(points, params, knots, 2);
-}
-
-template <typename B> void drop(B*& buffer)
-{
-    if (buffer)
-        buffer->Release();
-    buffer = nullptr;
-}
-
-template <typename B> void share(B*& mine, B* theirs)
-{
-    if (theirs)
-        theirs->AddRef();
-    drop(mine);
-    mine = theirs;
 }
 
 IDirect3DVertexBuffer9* make_vertex_buffer(IDirect3DDevice9* device,

@@ -5,6 +5,7 @@
 #include <ixocore/render/camera_view.h>
 #include <ixocore/render/render_view.h>
 #include <ixocore/scene/scene_label.h>
+#include <ixocore/tools/selection_tool.h>
 
 #include <algorithm>
 #include <cmath>
@@ -42,21 +43,9 @@ void ixo_label_move_tool::stop() {}
 ixo_object_ptr<ixo_scene_label>
 ixo_label_move_tool::get_object_in_point(ixo_object_ptr<ixo_render_view> view, int x, int y)
 {
-    if (!view)
-        return nullptr;
-    ixo_object_ptr<ixo_camera_view> camera = view->get_camera();
-    int const w = camera->get_width();
-    int const h = camera->get_height();
-    if (x < 0 || y < 0 || y > h || x > w)
-        return nullptr;
-    view->map();
-    view->pick_lock();
-    unsigned long const id = view->pick(ixo_vector2<int>(w - x, h - y));
-    ixo_object_ptr<ixo_scene_label> found;
-    if (id != ixo_invalid_object_id)
-        found = dynamic_cast<ixo_scene_label*>(ixo_object_from_id(id));
-    view->pick_unlock();
-    return found;
+    ixo_object_ptr<ixo_selectable_object> const found =
+        ixo_selection_tool::get_object_in_point(std::move(view), x, y);
+    return dynamic_cast<ixo_scene_label*>(found.get());
 }
 
 bool ixo_label_move_tool::on_mouse_down(ixo_object_ptr<ixo_render_view> view, int x, int y, bool,

@@ -60,13 +60,15 @@ protected:
 
     static pixel at(const std::vector<pixel>& img, UINT x, UINT y)
     {
-        return img.size() == std::size_t(W) * H ? img[std::size_t(y) * W + x] : pixel{};
+        return img.size() == std::size_t(W) * H && x < W && y < H ? img[std::size_t(y) * W + x]
+                                                                  : pixel{};
     }
 
     static unsigned long id_at(const std::vector<pixel>& img, UINT x, UINT y)
     {
-        return img.size() == std::size_t(W) * H ? id_of(img[std::size_t(y) * W + x])
-                                                : ixo_invalid_object_id;
+        return img.size() == std::size_t(W) * H && x < W && y < H
+                   ? id_of(img[std::size_t(y) * W + x])
+                   : ixo_invalid_object_id;
     }
 
     static int count_id(const std::vector<pixel>& img, unsigned long id)

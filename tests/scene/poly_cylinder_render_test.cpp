@@ -17,7 +17,7 @@ using ixo_test::about;
 // Inner radius 1, wall 0.5: a ring from 20 to 30 pixels round the centre.
 constexpr double ring_pixels = 3.14159265 * (30 * 30 - 20 * 20);
 
-class poly_cylinder_render : public ixo_test::scene_render
+class poly_cylinder_render : public ixo_test::part_render
 {
 protected:
     ixo_object_ptr<ixo_scene_poly_cylinder> ring(std::vector<float> angles,

@@ -12,23 +12,11 @@ IXO_TYPIFIED_DEFINE(ixo_scene_shaft, IXO_TEXT("Shaft"))
 
 namespace
 {
+using ixo_primitive::drop;
+using ixo_primitive::share;
+
 constexpr DWORD vertex_fvf = D3DFVF_XYZ | D3DFVF_NORMAL | D3DFVF_DIFFUSE;
 constexpr float pi = 3.14159274f;
-
-template <typename B> void drop(B*& buffer)
-{
-    if (buffer)
-        buffer->Release();
-    buffer = nullptr;
-}
-
-template <typename B> void share(B*& mine, B* theirs)
-{
-    if (theirs)
-        theirs->AddRef();
-    drop(mine);
-    mine = theirs;
-}
 } // namespace
 
 ixo_object_ptr<ixo_scene_shaft>

@@ -26,7 +26,7 @@ ixo_matrix44<float> z_to_y()
                                ixo_vector4<float>(0, -1, 0, 0), ixo_vector4<float>(0, 0, 0, 1));
 }
 
-class machine_render : public ixo_test::scene_render
+class machine_render : public ixo_test::part_render
 {
 protected:
     // Runs of consecutive pixels carrying `id` along the circle of `radius` round the
