@@ -1,49 +1,28 @@
-#include <ixocore/app/application.h>
-#include <ixocore/render/camera_view.h>
-#include <ixocore/render/render_view.h>
-#include <ixocore/render/render_view_manager.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_label.h>
-#include <ixocore/tools/label_move_tool.h>
-
-#include <gtest/gtest.h>
+#include "tools/tool_view.h"
 
 namespace
 {
-constexpr int w = 200;
-constexpr int h = 100;
-
 // One pickable label in a view looking down -z at the origin from (0, 0, 10).
-class label_move_test : public ::testing::Test
+class label_move_test : public ixo_test::tool_view_test
 {
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
-        scene = ixo_scene::create();
+        tool_view_test::SetUp();
         label = ixo_scene_label::create(IXO_TEXT("Bearing"), ixo_vector3<float>(-2, 1, 0));
         label->set_label(0, IXO_TEXT("load 12 kN"));
         label->set_property(ixo_scene_object::pickable, true);
         scene->get_root()->add_child(label);
-        view = ixo_render_view_manager::get_app_render_view_manager()->create();
-        ASSERT_TRUE(view->initialize(nullptr, w, h, scene));
-        camera = view->get_camera();
-        camera->set_eye({0, 0, 10});
-        camera->set_focus({0, 0, 0});
-        camera->set_up({0, 1, 0});
-        camera->set_fov(30.0f);
         camera->set_near(1.0f);
         camera->set_far(20.0f);
         tool = ixo_label_move_tool::create();
     }
+
     void TearDown() override
     {
         tool = nullptr;
-        camera = nullptr;
-        view = nullptr;
         label = nullptr;
-        scene = nullptr;
-        ixo_application::end();
+        tool_view_test::TearDown();
     }
 
     // The box's top-left corner as drawn now, in pixels from the top-left.
@@ -62,10 +41,7 @@ protected:
         EXPECT_TRUE(tool->on_mouse_up(view, x + dx, h - (y + dy), false, false));
     }
 
-    ixo_object_ptr<ixo_scene> scene;
     ixo_object_ptr<ixo_scene_label> label;
-    ixo_object_ptr<ixo_render_view> view;
-    ixo_object_ptr<ixo_camera_view> camera;
     ixo_object_ptr<ixo_label_move_tool> tool;
 };
 } // namespace

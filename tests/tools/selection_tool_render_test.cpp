@@ -1,23 +1,7 @@
-#include <ixocore/app/application.h>
-#include <ixocore/app/document.h>
-#include <ixocore/events/event_manager.h>
-#include <ixocore/math/matrix.h>
-#include <ixocore/render/camera_view.h>
-#include <ixocore/render/render_view.h>
-#include <ixocore/render/render_view_manager.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_box.h>
-#include <ixocore/scene/scene_rectangle.h>
-#include <ixocore/scene/selection.h>
-#include <ixocore/tools/selection_tool.h>
-
-#include <gtest/gtest.h>
+#include "tools/tool_view.h"
 
 namespace
 {
-constexpr int w = 200;
-constexpr int h = 100;
-
 // Counts selection-changed events.
 class change_counter : public ixo_event_handler
 {
@@ -29,14 +13,12 @@ public:
 // Two unit boxes seen from (0, 0, 10), orthographic: 200 pixels span 2 · tan(15°) · 10 ·
 // 2 ≈ 10.72 units, so a box at x = ∓3 covers about columns 35..53 (a) and 147..165 (b),
 // rows 41..59, and the centre column 100 is empty.
-class selection_tool_test : public ::testing::Test
+class selection_tool_test : public ixo_test::tool_view_test
 {
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
-        doc = ixo_application::instance()->create_document();
-        scene = doc->get_scene();
+        tool_view_test::SetUp();
         selection = doc->get_selection();
         a = ixo_scene_box::create(1.0f, 1.0f, 1.0f);
         b = ixo_scene_box::create(1.0f, 1.0f, 1.0f);
@@ -47,26 +29,16 @@ protected:
             box->set_property(ixo_scene_object::pickable, true);
             scene->get_root()->add_child(box);
         }
-        view = ixo_render_view_manager::get_app_render_view_manager()->create();
-        ASSERT_TRUE(view->initialize(nullptr, w, h, scene));
-        auto camera = view->get_camera();
-        camera->set_eye({0, 0, 10});
-        camera->set_focus({0, 0, 0});
-        camera->set_up({0, 1, 0});
-        camera->set_fov(30.0f);
         camera->near_far_to_box(scene->get_bounds());
         tool = ixo_selection_tool::create(selection);
     }
+
     void TearDown() override
     {
         tool = nullptr;
-        view = nullptr;
         a = b = nullptr;
         selection = nullptr;
-        scene = nullptr;
-        ixo_application::instance()->remove_document(doc);
-        doc = nullptr;
-        ixo_application::end();
+        tool_view_test::TearDown();
     }
 
     bool click(int x, int y, bool m1 = false, bool m2 = false)
@@ -82,11 +54,8 @@ protected:
     }
     bool selected(const ixo_object_ptr<ixo_scene_box>& box) { return box->is_selected(); }
 
-    ixo_object_ptr<ixo_document> doc;
-    ixo_object_ptr<ixo_scene> scene;
     ixo_object_ptr<ixo_selection> selection;
     ixo_object_ptr<ixo_scene_box> a, b;
-    ixo_object_ptr<ixo_render_view> view;
     ixo_object_ptr<ixo_selection_tool> tool;
 };
 } // namespace

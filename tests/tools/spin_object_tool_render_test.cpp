@@ -1,53 +1,33 @@
-#include <ixocore/app/application.h>
-#include <ixocore/events/event.h>
-#include <ixocore/events/event_manager.h>
-#include <ixocore/math/matrix.h>
-#include <ixocore/platform/win32_testing.h>
-#include <ixocore/render/camera_view.h>
-#include <ixocore/render/render_view.h>
-#include <ixocore/render/render_view_manager.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_box.h>
-#include <ixocore/tools/spin_object_tool.h>
+#include "tools/tool_view.h"
 
-#include <gtest/gtest.h>
+#include <ixocore/platform/win32_testing.h>
 
 #include <cmath>
 
 namespace
 {
-constexpr int w = 200;
-constexpr int h = 100;
 constexpr double pi = 3.14159265358979;
 constexpr LONGLONG ticks_per_second = 1000000000;
 
 // The box spins about z in front of a camera looking down -z at the origin; time stands
 // still unless a test moves it.
-class spin_tool_test : public ::testing::Test
+class spin_tool_test : public ixo_test::tool_view_test
 {
 protected:
     void SetUp() override
     {
         ixo_win32_test_set_performance_counter(TRUE, 0);
-        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
-        scene = ixo_scene::create();
+        tool_view_test::SetUp();
         box = ixo_scene_box::create(2.0f, 1.0f, 1.0f);
         scene->get_root()->add_child(box);
-        view = ixo_render_view_manager::get_app_render_view_manager()->create();
-        ASSERT_TRUE(view->initialize(nullptr, w, h, scene));
-        auto camera = view->get_camera();
-        camera->set_eye({0, 0, 10});
-        camera->set_focus({0, 0, 0});
-        camera->set_up({0, 1, 0});
         tool = ixo_spin_object_tool::create(box);
     }
+
     void TearDown() override
     {
         tool = nullptr;
-        view = nullptr;
         box = nullptr;
-        scene = nullptr;
-        ixo_application::end();
+        tool_view_test::TearDown();
         ixo_win32_test_set_performance_counter(FALSE, 0);
     }
 
@@ -76,9 +56,7 @@ protected:
         EXPECT_TRUE(tool->on_mouse_up(view, 100, 90, false, false));
     }
 
-    ixo_object_ptr<ixo_scene> scene;
     ixo_object_ptr<ixo_scene_box> box;
-    ixo_object_ptr<ixo_render_view> view;
     ixo_object_ptr<ixo_spin_object_tool> tool;
 };
 } // namespace

@@ -1,13 +1,4 @@
-#include <ixocore/app/application.h>
-#include <ixocore/render/camera_view.h>
-#include <ixocore/render/render_view.h>
-#include <ixocore/render/render_view_manager.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_box.h>
-#include <ixocore/scene/scene_rectangle.h>
-#include <ixocore/tools/view_tools.h>
-
-#include <gtest/gtest.h>
+#include "tools/tool_view.h"
 
 #include <cmath>
 #include <functional>
@@ -15,8 +6,7 @@
 
 namespace
 {
-constexpr int w = 200;
-constexpr int h = 100;
+using ixo_test::gesture;
 constexpr float pi = 3.14159265f;
 // tan(15°) · 10: half the visible height at the focus distance of the reset camera.
 const float half_height = std::tan(pi / 12.0f) * 10.0f;
@@ -31,45 +21,21 @@ using vec3 = ixo_vector3<float>;
             EXPECT_NEAR(va[i_], vb[i_], tol) << "component " << i_;                                \
     } while (0)
 
-class view_tools_test : public ::testing::Test
+class view_tools_test : public ixo_test::tool_view_test
 {
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
-        scene = ixo_scene::create();
+        tool_view_test::SetUp();
         scene->get_root()->add_child(ixo_scene_box::create(2.0f, 2.0f, 2.0f));
-        view = ixo_render_view_manager::get_app_render_view_manager()->create();
-        ASSERT_TRUE(view->initialize(nullptr, w, h, scene));
-        camera = view->get_camera();
-        camera->set_eye({0, 0, 10});
-        camera->set_focus({0, 0, 0});
-        camera->set_up({0, 1, 0});
-        camera->set_fov(30.0f);
     }
+
     void TearDown() override
     {
         ixo_rotate_view_tool::set_speed(1.0f);
-        camera = nullptr;
-        view = nullptr;
-        scene = nullptr;
-        ixo_application::end();
+        tool_view_test::TearDown();
     }
-
-    ixo_object_ptr<ixo_scene> scene;
-    ixo_object_ptr<ixo_render_view> view;
-    ixo_object_ptr<ixo_camera_view> camera;
 };
-
-// Down, one drag, up; answers what the drag answered.
-bool gesture(ixo_tool& tool, ixo_object_ptr<ixo_render_view> view, int x0, int y0, int x1, int y1,
-             bool m1 = false, bool m2 = false)
-{
-    EXPECT_FALSE(tool.on_mouse_down(view, x0, y0, m1, m2));
-    bool const dragged = tool.on_mouse_drag(view, x1, y1, m1, m2);
-    EXPECT_TRUE(tool.on_mouse_up(view, x1, y1, m1, m2));
-    return dragged;
-}
 
 float angle_between(vec3 a, vec3 b)
 {
