@@ -166,10 +166,19 @@ int viewer_window::run(ixo_object_ptr<ixo_document> document, ixo_object_ptr<ixo
 
     auto next_flash = std::chrono::steady_clock::now();
     int const fd = ConnectionNumber(display);
+    // Exposures and new sizes are drawn once the queue is empty: a burst of them costs one
+    // frame, and a window closed meanwhile is seen before anything is drawn into it.
+    bool repaint = false;
     while (running_)
     {
         if (!XPending(display))
         {
+            if (repaint)
+            {
+                repaint = false;
+                view_->paint();
+                continue;
+            }
             // Nothing from the server: spin, flash, or sleep until it sends something.
             int timeout = -1;
             bool const spinning = ixo_spin_object_tool::is_spinning();
@@ -201,8 +210,7 @@ int viewer_window::run(ixo_object_ptr<ixo_document> document, ixo_object_ptr<ixo
         switch (e.type)
         {
         case Expose:
-            if (e.xexpose.count == 0)
-                view_->paint();
+            repaint = repaint || e.xexpose.count == 0;
             break;
         case ConfigureNotify:
             if (e.xconfigure.width != width_ || e.xconfigure.height != height_)
@@ -210,10 +218,7 @@ int viewer_window::run(ixo_object_ptr<ixo_document> document, ixo_object_ptr<ixo
                 width_ = e.xconfigure.width;
                 height_ = e.xconfigure.height;
                 if (width_ > 0 && height_ > 0)
-                {
-                    view_->resize(unsigned(width_), unsigned(height_));
-                    view_->paint();
-                }
+                    repaint = view_->resize(unsigned(width_), unsigned(height_));
             }
             break;
         case ButtonPress:

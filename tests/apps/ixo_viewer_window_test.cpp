@@ -151,10 +151,20 @@ protected:
             std::string const id = std::to_string(n);
             if (fs::exists("/tmp/.X" + id + "-lock") || fs::exists("/tmp/.X11-unix/X" + id))
                 continue;
-            xvfb_ =
-                spawn({"Xvfb", ":" + id, "-screen", "0", "1024x768x24", "-nolisten", "tcp"}, "");
-            if (xvfb_ > 0 && wait_until([&] { return fs::exists("/tmp/.X11-unix/X" + id); }, 10s))
+            // No reset when the last client leaves: a server in the middle of one refuses the
+            // next test's viewer.
+            xvfb_ = spawn(
+                {"Xvfb", ":" + id, "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset"},
+                "");
+            // The socket shows before the server answers: wait for an answer.
+            auto const answers = [&] {
+                return !output_of("DISPLAY=:" + id + " xdotool getdisplaygeometry 2>/dev/null")
+                            .empty();
+            };
+            if (xvfb_ > 0 && wait_until(answers, 10s))
                 display_ = ":" + id;
+            else if (xvfb_ > 0)
+                TearDownTestSuite();
         }
     }
     static void TearDownTestSuite()
@@ -163,6 +173,7 @@ protected:
         {
             kill(xvfb_, SIGTERM);
             waitpid(xvfb_, nullptr, 0);
+            xvfb_ = -1;
         }
     }
 
@@ -273,7 +284,8 @@ TEST_F(ixo_viewer_window_test, drag_select_and_resize_change_the_picture_and_clo
             return p.width == 200 && p.height == 150 && p.drawn();
         }));
 
-    x("xdotool windowclose " + window_);
+    // Closed while a new size is still on its way: nothing may be drawn into the gone window.
+    x("xdotool windowsize " + window_ + " 240 180 windowclose " + window_);
     EXPECT_EQ(wait_exit(viewer_), 0);
     viewer_ = -1;
 }

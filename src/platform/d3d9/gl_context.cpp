@@ -28,8 +28,11 @@ bool has_extension(const char* list, const char* name)
 struct display_entry
 {
     EGLDisplay display = EGL_NO_DISPLAY;
+    Display* native = nullptr;
     bool tried = false;
 };
+
+display_entry g_x11;
 
 EGLDisplay headless_display()
 {
@@ -65,7 +68,7 @@ EGLDisplay headless_display()
 
 EGLDisplay x11_display()
 {
-    static display_entry entry;
+    display_entry& entry = g_x11;
     if (entry.tried)
         return entry.display;
     entry.tried = true;
@@ -81,8 +84,24 @@ EGLDisplay x11_display()
         display = EGL_NO_DISPLAY;
     if (display == EGL_NO_DISPLAY)
         XCloseDisplay(native);
+    else
+        entry.native = native;
     entry.display = display;
     return display;
+}
+
+// Mesa's software rasteriser crashes when a surface is made for a window that is already
+// gone, which happens when another client destroys the window while a frame is on its way.
+// The probe's BadWindow error is swallowed rather than reaching the host's handler.
+bool window_exists(Window window)
+{
+    if (!g_x11.native)
+        return false;
+    auto previous = XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
+    XWindowAttributes attributes;
+    Status const found = XGetWindowAttributes(g_x11.native, window, &attributes);
+    XSetErrorHandler(previous);
+    return found != 0;
 }
 
 } // namespace
@@ -166,6 +185,8 @@ EGLSurface ixo_gl_context::create_window_surface(HWND window)
     if (m_headless || !window)
         return EGL_NO_SURFACE;
     Window native = static_cast<Window>(reinterpret_cast<std::uintptr_t>(window));
+    if (!window_exists(native))
+        return EGL_NO_SURFACE;
     return eglCreatePlatformWindowSurfaceEXT(m_display, m_config, &native, nullptr);
 }
 
