@@ -70,7 +70,7 @@ TEST(IndexedMesh, CountsAccessorsAndTriangleViews)
     expect_vec(mesh->get_vertex(3u).normal, 0, 1, 0);
 }
 
-TEST(IndexedMesh, CopyIsDeep)
+TEST(IndexedMesh, CopyIsDeepAndBuffersNeedADevice)
 {
     auto mesh = make_mesh({0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2});
     ASSERT_TRUE(mesh);
@@ -83,6 +83,11 @@ TEST(IndexedMesh, CopyIsDeep)
     *copy = *mesh;
     expect_vec(copy->get_vertex(0u).position, 0, 0, 0);
     EXPECT_EQ(copy->get_index(0, 0), 0u);
+
+    EXPECT_EQ(mesh->get_vertex_buffer(nullptr), nullptr);
+    EXPECT_EQ(mesh->get_index_buffer(nullptr), nullptr);
+    mesh->release_buffers();
+    mesh->release_buffers();
 }
 
 TEST(IndexedMesh, ArchiveRecordRoundTripAndRefusals)
@@ -111,19 +116,15 @@ TEST(IndexedMesh, ArchiveRecordRoundTripAndRefusals)
     EXPECT_FALSE(ixo_indexed_mesh::read(nullptr));
 
     // Zero counts, missing counts and records shorter than their counts are refused.
-    std::string zero_vertices, zero_indices, short_record, huge_counts;
-    put<std::uint32_t>(zero_vertices, 0);
-    put<std::uint32_t>(zero_vertices, 3);
-    put<std::uint32_t>(zero_indices, 3);
-    put<std::uint32_t>(zero_indices, 0);
-    put<std::uint32_t>(short_record, 3);
-    put<std::uint32_t>(short_record, 3);
-    short_record.append(24 * 3 + 8, '\0'); // one index short
-    put<std::uint32_t>(huge_counts, 0xffffffffu);
-    put<std::uint32_t>(huge_counts, 0xffffffffu);
-    huge_counts.append(100, '\0');
-    for (auto const& bytes :
-         {zero_vertices, zero_indices, short_record, huge_counts, std::string("\1\0\0", 3)})
+    auto record = [](std::uint32_t vertices, std::uint32_t indices, std::size_t body)
+    {
+        std::string s;
+        put<std::uint32_t>(s, vertices);
+        put<std::uint32_t>(s, indices);
+        return s.append(body, '\0');
+    };
+    for (auto const& bytes : {record(0, 3, 0), record(3, 0, 0), record(3, 3, 24 * 3 + 8),
+                              record(0xffffffffu, 0xffffffffu, 100), std::string("\1\0\0", 3)})
     {
         std::string p = write_file("bad_record.bin", bytes);
         EXPECT_FALSE(ixo_indexed_mesh::read(ixo_archive::open(wide(p), ixo_archive::mode_read)))
@@ -187,14 +188,4 @@ TEST(IndexedMesh, OptimisationKeepsTheTrianglesAndNumbersVerticesByFirstUse)
     broken->optimize_buffers();
     EXPECT_EQ(broken->get_index(0, 0), 3u);
     EXPECT_EQ(broken->get_index(1, 2), 9u);
-}
-
-TEST(IndexedMesh, DeviceBuffersNeedADevice)
-{
-    auto mesh = make_mesh({0, 0, 0, 1, 0, 0, 0, 1, 0}, {0, 1, 2});
-    ASSERT_TRUE(mesh);
-    EXPECT_EQ(mesh->get_vertex_buffer(nullptr), nullptr);
-    EXPECT_EQ(mesh->get_index_buffer(nullptr), nullptr);
-    mesh->release_buffers();
-    mesh->release_buffers();
 }

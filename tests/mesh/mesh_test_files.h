@@ -80,6 +80,40 @@ inline ixo_object_ptr<ixo_indexed_mesh> make_mesh(std::vector<float> const& posi
     return ixo_indexed_mesh::read(ixo_archive::open(wide(path), ixo_archive::mode_read));
 }
 
+struct facet
+{
+    float n[3];
+    float v[9];
+};
+
+// A binary STL of `facets`; `count` overrides the facet count in the header.
+inline std::string binary_stl(std::vector<facet> const& facets, char header_byte = 'x',
+                              long long count = -1)
+{
+    std::string s(80, ' ');
+    s[5] = header_byte;
+    put<std::uint32_t>(s, count < 0 ? std::uint32_t(facets.size()) : std::uint32_t(count));
+    for (facet const& f : facets)
+    {
+        for (float x : f.n)
+            put<float>(s, x);
+        for (float x : f.v)
+            put<float>(s, x);
+        s.append(2, '\0');
+    }
+    return s;
+}
+
+// The mesh an STL or PLY reader makes of `bytes` written to the file `name`.
+inline ixo_object_ptr<ixo_indexed_mesh> read_stl(std::string const& name, std::string const& bytes)
+{
+    return ixo_indexed_mesh::read_from_stl_file(wide(write_file(name, bytes)));
+}
+inline ixo_object_ptr<ixo_indexed_mesh> read_ply(std::string const& name, std::string const& bytes)
+{
+    return ixo_indexed_mesh::read_from_ply_file(wide(write_file(name, bytes)));
+}
+
 // Asserts a vector equals (x, y, z) within `tolerance`.
 inline void expect_vec(ixo_vector3<float> const& v, float x, float y, float z,
                        float tolerance = 1e-5f)

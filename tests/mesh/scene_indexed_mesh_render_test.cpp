@@ -1,7 +1,7 @@
-// Draws meshes read from generated STL files headless on the application's device into a
-// target of the test's own, through an orthographic camera looking down -z at 20 pixels
-// per unit, and reads the pixels back: the picking pass shows the mesh's identifier
-// exactly where its triangles are, and a mesh naming vertices it lacks draws nothing.
+// Meshes read from generated STL files drawn headless through an orthographic camera
+// looking down -z at 20 pixels per unit, read back: the picking pass shows the mesh's
+// identifier exactly where its triangles are, and a mesh naming vertices it lacks draws
+// nothing.
 
 #include "mesh/mesh_test_files.h"
 #include "render/scene_render.h"
@@ -10,41 +10,34 @@ using namespace mesh_test;
 
 namespace
 {
-using ixo_test::pixel;
-
-// A binary STL of the square [x0, x1] x [y0, y1] at z = 0 (two facets facing +z).
-std::string square_stl(float x0, float y0, float x1, float y1)
+// The square [x0, x1] x [y0, y1] at z = 0 read from a binary STL of two facets facing +z.
+ixo_object_ptr<ixo_indexed_mesh> square(const char* name, float x0, float y0, float x1, float y1)
 {
-    std::string s(80, ' ');
-    s[0] = char(0xff);
-    put<std::uint32_t>(s, 2);
-    const float facets[2][9] = {{x0, y0, 0, x1, y0, 0, x1, y1, 0},
-                                {x0, y0, 0, x1, y1, 0, x0, y1, 0}};
-    for (auto const& f : facets)
-    {
-        for (float n : {0.0f, 0.0f, 1.0f})
-            put<float>(s, n);
-        for (float v : f)
-            put<float>(s, v);
-        s.append(2, '\0');
-    }
-    return s;
+    return read_stl(name, binary_stl({{{0, 0, 1}, {x0, y0, 0, x1, y0, 0, x1, y1, 0}},
+                                      {{0, 0, 1}, {x0, y0, 0, x1, y1, 0, x0, y1, 0}}},
+                                     char(0xff)));
 }
 
-using scene_indexed_mesh_render = ixo_test::scene_render<160, 120>;
-
+class scene_indexed_mesh_render : public ixo_test::scene_render<160, 120>
+{
+protected:
+    // A pickable scene object of `mesh` under the root.
+    ixo_object_ptr<ixo_scene_indexed_mesh> add(ixo_object_ptr<ixo_indexed_mesh> mesh)
+    {
+        auto object = ixo_scene_indexed_mesh::create(mesh);
+        object->set_property(ixo_scene_object::pickable, true);
+        scene->get_root()->add_child(object);
+        return object;
+    }
+};
 } // namespace
 
 TEST_F(scene_indexed_mesh_render, MeshFromStlIsPickedWhereItsTrianglesAre)
 {
-    auto mesh = ixo_indexed_mesh::read_from_stl_file(
-        wide(write_file("square.stl", square_stl(-2, -1, 1, 2))));
+    auto mesh = square("square.stl", -2, -1, 1, 2);
     ASSERT_TRUE(mesh);
     ASSERT_EQ(mesh->get_num_vertices(), 4u);
-    auto object = ixo_scene_indexed_mesh::create(mesh);
-    object->set_property(ixo_scene_object::pickable, true);
-    scene->get_root()->add_child(object);
-
+    auto object = add(mesh);
     auto img = draw(true);
     ASSERT_EQ(img.size(), std::size_t(W) * H);
     // Inside the square, on both of its triangles, and outside it.
@@ -58,9 +51,7 @@ TEST_F(scene_indexed_mesh_render, MeshFromStlIsPickedWhereItsTrianglesAre)
 
     // The normal pass draws it too; after the device resources are released it is drawn
     // again from new buffers.
-    auto normal = draw(false);
-    ASSERT_EQ(normal.size(), std::size_t(W) * H);
-    pixel inside = at(normal, col(0), row(0));
+    ixo_test::pixel inside = at(draw(false), col(0), row(0));
     EXPECT_FALSE(inside.r == 30 && inside.g == 20 && inside.b == 10);
     EXPECT_TRUE(object->pre_reset_object());
     EXPECT_EQ(id_at(draw(true), col(0), row(0)), object->id());
@@ -68,11 +59,8 @@ TEST_F(scene_indexed_mesh_render, MeshFromStlIsPickedWhereItsTrianglesAre)
 
 TEST_F(scene_indexed_mesh_render, MeshNamingMissingVerticesDrawsNothing)
 {
-    auto broken = make_mesh({-2, -2, 0, 2, -2, 0, 2, 2, 0}, {0, 1, 2, 0, 2, 77});
-    ASSERT_TRUE(broken);
-    auto object = ixo_scene_indexed_mesh::create(broken);
-    object->set_property(ixo_scene_object::pickable, true);
-    scene->get_root()->add_child(object);
+    auto object = add(make_mesh({-2, -2, 0, 2, -2, 0, 2, 2, 0}, {0, 1, 2, 0, 2, 77}));
+    ASSERT_TRUE(object->get_mesh());
     auto img = draw(true);
     ASSERT_EQ(img.size(), std::size_t(W) * H);
     EXPECT_EQ(count_id(img, object->id()), 0);
@@ -80,8 +68,7 @@ TEST_F(scene_indexed_mesh_render, MeshNamingMissingVerticesDrawsNothing)
 
 TEST_F(scene_indexed_mesh_render, DocumentObjectHangsItsSceneObjectUnderTheRoot)
 {
-    auto mesh = ixo_indexed_mesh::read_from_stl_file(
-        wide(write_file("doc_square.stl", square_stl(-1, -1, 1, 1))));
+    auto mesh = square("doc_square.stl", -1, -1, 1, 1);
     ASSERT_TRUE(mesh);
     auto doc_object = ixo_doc_indexed_mesh::create(mesh);
     EXPECT_EQ(doc_object->type_name(), ixo_string("Indexed Mesh Document Object"));
@@ -105,12 +92,8 @@ TEST_F(scene_indexed_mesh_render, DocumentObjectHangsItsSceneObjectUnderTheRoot)
 // mesh drawn after it, in this frame and the next, must still draw from its own vertices.
 TEST_F(scene_indexed_mesh_render, MeshAfterAPlaneDrawsFromItsOwnVertices)
 {
-    auto mesh = ixo_indexed_mesh::read_from_stl_file(
-        wide(write_file("left_square.stl", square_stl(-3, -1, -1, 1))));
-    ASSERT_TRUE(mesh);
-    auto object = ixo_scene_indexed_mesh::create(mesh);
-    object->set_property(ixo_scene_object::pickable, true);
-    scene->get_root()->add_child(object);
+    auto object = add(square("left_square.stl", -3, -1, -1, 1));
+    ASSERT_TRUE(object->get_mesh());
     EXPECT_EQ(id_at(draw(true), col(-2), row(0)), object->id());
 
     auto plane = ixo_scene_plane::create(

@@ -2,37 +2,22 @@
 // down -z from (0, 0, 10) (orthographic), read back as pixels and as picking ids, and drawn
 // again after a device reset.
 
-#include <ixocore/app/application.h>
-#include <ixocore/app/document.h>
-#include <ixocore/core/identifiable_object.h>
-#include <ixocore/platform/d3d9_testing.h>
-#include <ixocore/platform/d3dx9.h>
-#include <ixocore/render/camera_view.h>
-#include <ixocore/render/direct3d.h>
-#include <ixocore/render/render_view.h>
-#include <ixocore/render/render_view_manager.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_box.h>
-#include <ixocore/scene/scene_label.h>
-#include <ixocore/scene/scene_legend.h>
-#include <ixocore/scene/scene_overlay_rectangle.h>
-#include <ixocore/scene/scene_text.h>
-
-#include <gtest/gtest.h>
+#include "render/scene_render.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <vector>
 
 namespace
 {
-constexpr int W = 320;
-constexpr int H = 240;
+constexpr int view_w = 320;
+constexpr int view_h = 240;
 
 using v2i = ixo_vector2<int>;
 using v3 = ixo_vector3<float>;
 using color = ixo_vector4<unsigned char>;
 using image = std::vector<color>;
+using ids = std::vector<unsigned long>;
+constexpr unsigned long none = ixo_invalid_object_id;
 
 struct rgb
 {
@@ -52,24 +37,28 @@ v2i measure(const ixo_string& text)
     return v2i(int(r.right), int(r.bottom));
 }
 
-class annotations_render : public ::testing::Test
+// The shared scene fixture with a render view of its scene, painted and picked as a host
+// does.
+class annotations_render : public ixo_test::scene_render<view_w, view_h>
 {
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
+        scene_render::SetUp();
+        // A document's scene, which a device reset reaches; the view draws into a target of
+        // its own, and the reset needs the fixture's gone.
         document = ixo_application::instance()->create_document();
         scene = document->get_scene();
+        target.reset();
         view = ixo_render_view_manager::get_app_render_view_manager()->create();
-        ASSERT_TRUE(view->initialize(nullptr, W, H, scene));
+        ASSERT_TRUE(view->initialize(nullptr, view_w, view_h, scene));
         place_camera();
     }
     void TearDown() override
     {
         view = nullptr;
-        scene = nullptr;
         document = nullptr;
-        ixo_application::end();
+        scene_render::TearDown();
     }
 
     // Initialising and resetting the view refit its camera: put it back where the test
@@ -96,24 +85,33 @@ protected:
 
     static rgb at(const image& frame, int x, int y)
     {
-        if (frame.size() != std::size_t(W) * H || x < 0 || y < 0 || x >= W || y >= H)
+        if (frame.size() != std::size_t(view_w) * view_h || x < 0 || y < 0 || x >= view_w ||
+            y >= view_h)
             return {-1, -1, -1};
-        const color& c = frame[std::size_t(y) * W + x];
+        const color& c = frame[std::size_t(y) * view_w + x];
         return {c[0], c[1], c[2]};
     }
 
-    // The id in the picking image at pixel (x, y) counted from the top-left, asked the way
-    // a tool asks for a pointer with y counted from the bottom.
-    unsigned long pick(int x, int y) { return view->pick(v2i(W - x, y)); }
+    // The ids in a fresh picking image at pixels counted from the top-left, asked the way a
+    // tool asks for a pointer with y counted from the bottom.
+    std::vector<unsigned long> picks(std::vector<v2i> const& pixels)
+    {
+        std::vector<unsigned long> ids;
+        EXPECT_TRUE(view->map());
+        view->pick_lock();
+        for (v2i p : pixels)
+            ids.push_back(view->pick(v2i(view_w - p[0], p[1])));
+        view->pick_unlock();
+        return ids;
+    }
 
-    v2i pixel(v3 p) const
+    v2i screen(v3 p) const
     {
         ixo_vector2<float> const q = view->get_camera()->pixel_from_point(p);
         return v2i(int(q[0]), int(q[1]));
     }
 
     ixo_object_ptr<ixo_document> document;
-    ixo_object_ptr<ixo_scene> scene;
     ixo_object_ptr<ixo_render_view> view;
 };
 
@@ -124,16 +122,16 @@ rgb const white{255, 255, 255};
 struct ink
 {
     int count = 0;
-    int x0 = W, y0 = H, x1 = -1, y1 = -1;
+    int x0 = view_w, y0 = view_h, x1 = -1, y1 = -1;
 };
 
 ink find(const image& frame, rgb c)
 {
     ink k;
-    for (int y = 0; y < H; ++y)
-        for (int x = 0; x < W; ++x)
+    for (int y = 0; y < view_h; ++y)
+        for (int x = 0; x < view_w; ++x)
         {
-            const color& p = frame[std::size_t(y) * W + x];
+            const color& p = frame[std::size_t(y) * view_w + x];
             if (p[0] == c.r && p[1] == c.g && p[2] == c.b)
             {
                 ++k.count;
@@ -172,16 +170,10 @@ TEST_F(annotations_render, text_is_centred_on_its_projected_point)
     EXPECT_GT(k.y1, p[1]);
 
     // Picked only with the pickable property, then over its whole rectangle.
-    ASSERT_TRUE(view->map());
-    view->pick_lock();
-    EXPECT_EQ(pick(int(p[0]), int(p[1])), ixo_invalid_object_id);
-    view->pick_unlock();
+    EXPECT_EQ(picks({v2i(int(p[0]), int(p[1]))}), ids{none});
     text->set_property(ixo_scene_object::pickable, true);
-    ASSERT_TRUE(view->map());
-    view->pick_lock();
-    EXPECT_EQ(pick(left + 1, top + 1), text->id());
-    EXPECT_EQ(pick(left + size[0] + 2, top + 1), ixo_invalid_object_id);
-    view->pick_unlock();
+    EXPECT_EQ(picks({v2i(left + 1, top + 1), v2i(left + size[0] + 2, top + 1)}),
+              (ids{text->id(), none}));
 }
 
 TEST_F(annotations_render, legend_swatches_lie_where_the_layout_puts_them)
@@ -210,11 +202,8 @@ TEST_F(annotations_render, legend_swatches_lie_where_the_layout_puts_them)
             EXPECT_FALSE(close(at(frame, 36, top + 12), colors[i], 60));
             EXPECT_TRUE(close(at(frame, 52, top + 5), white));
         }
-        ASSERT_TRUE(view->map());
-        view->pick_lock();
-        EXPECT_EQ(pick(36, 50 + offset + 16 * 2 + 6), legend->id());
-        EXPECT_EQ(pick(36, 50 + offset + 16 * 2 + 14), ixo_invalid_object_id);
-        view->pick_unlock();
+        EXPECT_EQ(picks({v2i(36, 50 + offset + 16 * 2 + 6), v2i(36, 50 + offset + 16 * 2 + 14)}),
+                  (ids{legend->id(), none}));
     }
 }
 
@@ -238,7 +227,7 @@ TEST_F(annotations_render, label_box_is_measured_drawn_and_picked_by_its_title_b
     EXPECT_EQ(label->get_dimensions(), v2i(w, h));
     EXPECT_EQ(ixo_scene_label::get_line_height(1), l1[1]);
 
-    v2i const corner = pixel(v3(-1, 1, 0));
+    v2i const corner = screen(v3(-1, 1, 0));
     int const bar = t[1] + 6;
     int const x0 = corner[0], y0 = corner[1];
     EXPECT_EQ(label->get_body_box().minimum(), corner);
@@ -247,7 +236,7 @@ TEST_F(annotations_render, label_box_is_measured_drawn_and_picked_by_its_title_b
     EXPECT_TRUE(close(at(frame, x0 + w - 3, y0 + 2), rgb{0, 90, 200}));
     EXPECT_TRUE(close(at(frame, x0 + w - 3, y0 + h - 3), rgb{250, 250, 241}, 3));
     // The leader ends in the arrow's pixel.
-    v2i const tip = pixel(v3(1, -1, 0));
+    v2i const tip = screen(v3(1, -1, 0));
     bool dark = false;
     for (int dy = -1; dy <= 1; ++dy)
         for (int dx = -1; dx <= 1; ++dx)
@@ -255,12 +244,8 @@ TEST_F(annotations_render, label_box_is_measured_drawn_and_picked_by_its_title_b
     EXPECT_TRUE(dark);
 
     // Picked by the title bar and the button, not by the body.
-    ASSERT_TRUE(view->map());
-    view->pick_lock();
-    EXPECT_EQ(pick(x0 + 2, y0 + 2), label->id());
-    EXPECT_EQ(pick(x0 + w + 2, y0 + 2), label->id());
-    EXPECT_EQ(pick(x0 + 2, y0 + h - 3), ixo_invalid_object_id);
-    view->pick_unlock();
+    EXPECT_EQ(picks({v2i(x0 + 2, y0 + 2), v2i(x0 + w + 2, y0 + 2), v2i(x0 + 2, y0 + h - 3)}),
+              (ids{label->id(), label->id(), none}));
     EXPECT_TRUE(label->pick_title(x0 + 2, y0 + 2));
     EXPECT_FALSE(label->pick_title(x0 + w + 2, y0 + 2));
     EXPECT_TRUE(label->pick_button(x0 + w + 2, y0 + 2));
@@ -268,10 +253,7 @@ TEST_F(annotations_render, label_box_is_measured_drawn_and_picked_by_its_title_b
 
     // Without the pickable property the title bar picks nothing.
     label->set_property(ixo_scene_object::pickable, false);
-    ASSERT_TRUE(view->map());
-    view->pick_lock();
-    EXPECT_EQ(pick(x0 + 2, y0 + 2), ixo_invalid_object_id);
-    view->pick_unlock();
+    EXPECT_EQ(picks({v2i(x0 + 2, y0 + 2)}), ids{none});
 
     // Borders grab only with auto size off; a size set by hand stays.
     EXPECT_EQ(label->need_resize(x0, y0), 0);
@@ -295,7 +277,7 @@ TEST_F(annotations_render, translucent_overlay_blends_with_what_is_behind)
     box->set_color(color(220, 30, 30, 255));
     add(box);
     image const before = paint();
-    rgb const under = at(before, W / 2, H / 2);
+    rgb const under = at(before, view_w / 2, view_h / 2);
     ASSERT_TRUE(close(at(before, 30, 200), white));
 
     auto overlay = ixo_scene_overlay_rectangle::create();
@@ -305,7 +287,7 @@ TEST_F(annotations_render, translucent_overlay_blends_with_what_is_behind)
     image const after = paint();
     // Black at alpha 128: what is behind keeps 127/255 of itself.
     auto dimmed = [](rgb c) { return rgb{c.r * 127 / 255, c.g * 127 / 255, c.b * 127 / 255}; };
-    EXPECT_TRUE(close(at(after, W / 2, H / 2), dimmed(under)));
+    EXPECT_TRUE(close(at(after, view_w / 2, view_h / 2), dimmed(under)));
     EXPECT_TRUE(close(at(after, 30, 200), dimmed(white)));
     EXPECT_TRUE(close(at(after, 260, 200), white));
     // The outline, white over black, on the left edge.
@@ -316,12 +298,8 @@ TEST_F(annotations_render, translucent_overlay_blends_with_what_is_behind)
     EXPECT_TRUE(close(at(after, 23, 200), dimmed(white)));
 
     // Over the box, without depth test, the overlay is what picks.
-    ASSERT_TRUE(view->map());
-    view->pick_lock();
-    EXPECT_EQ(pick(W / 2, H / 2), overlay->id());
-    EXPECT_EQ(pick(30, 200), overlay->id());
-    EXPECT_EQ(pick(260, 200), ixo_invalid_object_id);
-    view->pick_unlock();
+    EXPECT_EQ(picks({v2i(view_w / 2, view_h / 2), v2i(30, 200), v2i(260, 200)}),
+              (ids{overlay->id(), overlay->id(), none}));
 }
 
 TEST_F(annotations_render, all_four_draw_again_after_a_device_reset)
@@ -343,12 +321,12 @@ TEST_F(annotations_render, all_four_draw_again_after_a_device_reset)
 
     auto check = [&](const image& frame)
     {
-        v2i const p = pixel(v3(-1.5f, -1.5f, 0));
+        v2i const p = screen(v3(-1.5f, -1.5f, 0));
         ink const k = find(frame, red);
         EXPECT_GT(k.count, 30);
         EXPECT_NEAR((k.x0 + k.x1) / 2.0, p[0], 3.0);
         EXPECT_TRUE(close(at(frame, 20, 50), rgb{0, 0, 255}));
-        v2i const corner = pixel(v3(0.5f, 0.5f, 0));
+        v2i const corner = screen(v3(0.5f, 0.5f, 0));
         EXPECT_TRUE(close(at(frame, corner[0] + 2, corner[1] + 2), rgb{0, 160, 0}));
         EXPECT_TRUE(close(at(frame, 250, 200), rgb{127, 127, 127}));
     };

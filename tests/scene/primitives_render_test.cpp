@@ -3,8 +3,7 @@
 // identifier colours), colours in the normal pass, and the shared meshes across a device
 // reset.
 
-#include "events/event_probe.h"
-#include "render/scene_render.h"
+#include "scene/scene_render_fixture.h"
 
 #include <cmath>
 
@@ -32,24 +31,7 @@ ixo_matrix44<float> x_to_z()
     return rows(v3(0, 0, -1), v3(0, 1, 0), v3(1, 0, 0));
 }
 
-class primitives_render : public ixo_test::scene_render<160, 120>
-{
-protected:
-    // Picks only `o`: every other object is left out of the scene.
-    int coverage(ixo_object_ptr<ixo_scene_object> o)
-    {
-        scene->get_root()->remove_all_children();
-        scene->get_root()->add_child(o);
-        return count_id(draw(true), o->id());
-    }
-
-    void add_light()
-    {
-        auto light = ixo_light::create(1);
-        light->set_position(10, 10, 10);
-        scene->add_light(light);
-    }
-};
+using primitives_render = ixo_test::part_render;
 
 // Within 2 % of the expected pixel count (edges of curved outlines).
 ::testing::AssertionResult about(int n, double expected)
@@ -243,27 +225,6 @@ TEST_F(primitives_render, spheres_share_one_mesh_counted_per_sphere)
 
 TEST_F(primitives_render, meshes_are_rebuilt_after_a_device_reset)
 {
-    // Hands the scene and the test's target through the reset, as a host does.
-    int resets = 0;
-    auto handler = ixo_test::event_function::create(
-        [&](ixo_object_ptr<ixo_event> e)
-        {
-            if (ixo_object_ptr<ixo_event_direct3d_resetting>(e))
-            {
-                scene->pre_reset();
-                target.reset();
-            }
-            else if (ixo_object_ptr<ixo_event_direct3d_reset>(e))
-            {
-                ++resets;
-                scene->post_reset();
-                target = std::make_unique<ixo_test::render_target>(device, W, H);
-            }
-        });
-    auto events = ixo_event_manager::get_app_event_manager();
-    ixo_event_key const k1 = events->subscribe(ixo_event_direct3d_resetting::create(), handler);
-    ixo_event_key const k2 = events->subscribe(ixo_event_direct3d_reset::create(), handler);
-
     std::vector<ixo_object_ptr<ixo_scene_cone>> cones;
     for (int i = 0; i < 5; ++i)
     {
@@ -282,10 +243,7 @@ TEST_F(primitives_render, meshes_are_rebuilt_after_a_device_reset)
     EXPECT_EQ(count_id(before, box->id()), 400);
     EXPECT_EQ(count_id(before, plane->id()), 400);
 
-    ixo_d3d9_test_lose_device(device, 1);
-    ASSERT_TRUE(ixo_application::instance()->get_direct3d()->reset());
-    EXPECT_EQ(resets, 1);
-    ASSERT_TRUE(target && target->ok());
+    ASSERT_TRUE(reset_device());
 
     // One cone mesh again, held by each of the five cones.
     ID3DXMesh* mesh = ixo_scene_cone::get_shared_mesh();
@@ -298,7 +256,4 @@ TEST_F(primitives_render, meshes_are_rebuilt_after_a_device_reset)
         EXPECT_EQ(count_id(after, c->id()), count_id(before, c->id()));
     EXPECT_EQ(count_id(after, box->id()), 400);
     EXPECT_EQ(count_id(after, plane->id()), 400);
-
-    events->unsubscribe(k1);
-    events->unsubscribe(k2);
 }
