@@ -1,17 +1,7 @@
 // Text, legend, label and overlay rectangle without a device: defaults, the fixed-size
 // tables and their limits, the update rules, frames and bounds.
 
-#include <ixocore/core/string.h>
-#include <ixocore/math/matrix.h>
-#include <ixocore/render/scene_draw_data.h>
-#include <ixocore/scene/scene_label.h>
-#include <ixocore/scene/scene_legend.h>
-#include <ixocore/scene/scene_overlay_rectangle.h>
-#include <ixocore/scene/scene_text.h>
-
-#include <gtest/gtest.h>
-
-#include <cmath>
+#include "scene/scene_probe.h"
 
 namespace
 {
@@ -20,17 +10,14 @@ using v3 = ixo_vector3<float>;
 using v3i = ixo_vector3<int>;
 using color = ixo_vector4<unsigned char>;
 
-bool is_point_at_origin(const ixo_box3<float>& b)
+::testing::AssertionResult near(v3 a, v3 b)
 {
-    return !b.empty() && b.minimum() == v3(0, 0, 0) && b.maximum() == v3(0, 0, 0);
+    return ixo_test::near(a, b, 1e-4f);
 }
 
-bool near(v3 a, v3 b)
+bool is_point_at_origin(const ixo_box3<float>& b)
 {
-    for (int i = 0; i < 3; ++i)
-        if (std::fabs(a[i] - b[i]) > 1e-4f)
-            return false;
-    return true;
+    return !b.empty() && ixo_test::box_is(b, v3(0, 0, 0), v3(0, 0, 0), 0);
 }
 } // namespace
 

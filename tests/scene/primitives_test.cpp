@@ -1,36 +1,16 @@
 // The primitive scene objects without a device: types, geometry in their own frames,
 // the composites' children, and that device-less objects draw and reset harmlessly.
 
-#include <ixocore/ixocore.h>
-
-#include <gtest/gtest.h>
+#include "scene/scene_probe.h"
 
 #include <set>
-#include <string>
 
 namespace
 {
 using v3 = ixo_vector3<float>;
 using color = ixo_vector4<unsigned char>;
 
-::testing::AssertionResult box_is(const ixo_box3<float>& b, v3 lo, v3 hi)
-{
-    for (int i = 0; i < 3; ++i)
-        if (std::abs(b.minimum()[i] - lo[i]) > 1e-5f || std::abs(b.maximum()[i] - hi[i]) > 1e-5f)
-            return ::testing::AssertionFailure()
-                   << "box (" << b.minimum()[0] << ", " << b.minimum()[1] << ", " << b.minimum()[2]
-                   << ")-(" << b.maximum()[0] << ", " << b.maximum()[1] << ", " << b.maximum()[2]
-                   << ")";
-    return ::testing::AssertionSuccess();
-}
-
-std::string narrow(const ixo_string& s)
-{
-    std::string out;
-    for (int i = 0; i < s.length(); ++i)
-        out += static_cast<char>(s[i]);
-    return out;
-}
+using ixo_test::box_is;
 } // namespace
 
 TEST(primitives, each_class_has_its_own_type_and_name)
@@ -48,13 +28,13 @@ TEST(primitives, each_class_has_its_own_type_and_name)
     std::set<unsigned long> types{ixo_scene_object::static_type()};
     for (int i = 0; i < 8; ++i)
     {
-        EXPECT_EQ(narrow(objects[i]->type_name()), names[i]);
+        EXPECT_EQ(objects[i]->type_name().to_utf8(), names[i]);
         EXPECT_NE(objects[i]->type(), ixo_scene_object::static_type()) << names[i];
         types.insert(objects[i]->type());
     }
     EXPECT_EQ(types.size(), 9u);
     EXPECT_EQ(objects[0]->type(), ixo_scene_box::static_type());
-    EXPECT_EQ(narrow(ixo_scene_coordinate_system::static_type_name()), "Coordinate System");
+    EXPECT_EQ(ixo_scene_coordinate_system::static_type_name().to_utf8(), "Coordinate System");
     // The typed pointer finds the class back.
     EXPECT_TRUE(ixo_object_ptr<ixo_scene_cone>(objects[2]));
     EXPECT_FALSE(ixo_object_ptr<ixo_scene_cone>(objects[3]));

@@ -2,6 +2,7 @@
 
 #include <ixocore/ixocore.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -10,17 +11,13 @@ namespace
 {
 using color = ixo_vector4<unsigned char>;
 using prop = ixo_scene_object::property;
-
-void expect_near(const ixo_vector3<float>& a, const ixo_vector3<float>& b)
-{
-    EXPECT_NEAR(a[0], b[0], 1e-5f);
-    EXPECT_NEAR(a[1], b[1], 1e-5f);
-    EXPECT_NEAR(a[2], b[2], 1e-5f);
-}
+using v3 = ixo_vector3<float>;
+using ixo_test::box_is;
+using ixo_test::near;
 
 ixo_box3<float> cube(float lo, float hi)
 {
-    return ixo_box3<float>(ixo_vector3<float>(lo, lo, lo), ixo_vector3<float>(hi, hi, hi));
+    return ixo_box3<float>(v3(lo, lo, lo), v3(hi, hi, hi));
 }
 } // namespace
 
@@ -37,7 +34,7 @@ TEST(scene_object, defaults_and_property_range)
                         p == ixo_scene_object::depth_test || p == ixo_scene_object::depth_write;
         EXPECT_EQ(o->get_property(static_cast<prop>(p)), on) << "property " << p;
     }
-    expect_near(o->get_actual_color(), {196 / 255.0f, 196 / 255.0f, 196 / 255.0f});
+    EXPECT_TRUE(near(o->get_actual_color(), v3(196 / 255.0f, 196 / 255.0f, 196 / 255.0f)));
     EXPECT_FLOAT_EQ(o->get_actual_alpha(), 1.0f);
     EXPECT_EQ(o->get_color(), color(196, 196, 196, 255));
     EXPECT_EQ(o->get_flash_color(), color(255, 0, 0, 255));
@@ -52,15 +49,9 @@ TEST(scene_object, defaults_and_property_range)
     // The unused values still hold a bit; 16 and above are refused.
     o->set_property(static_cast<prop>(5), true);
     EXPECT_TRUE(o->get_property(static_cast<prop>(5)));
-    try
-    {
-        o->set_property(static_cast<prop>(16), true);
-        ADD_FAILURE() << "no exception";
-    }
-    catch (const std::out_of_range& e)
-    {
-        EXPECT_NE(std::string(e.what()).find("invalid bitset"), std::string::npos);
-    }
+    EXPECT_THAT(
+        [&] { o->set_property(static_cast<prop>(16), true); },
+        ::testing::ThrowsMessage<std::out_of_range>(::testing::HasSubstr("invalid bitset")));
     EXPECT_THROW(o->get_property(static_cast<prop>(40)), std::out_of_range);
     EXPECT_THROW(o->get_property(static_cast<prop>(-1)), std::out_of_range);
 }
@@ -78,19 +69,19 @@ TEST(scene_object, inherited_attributes_follow_the_parent_only_when_asked)
 
     // Alpha from above, own colour.
     leaf->set_property(ixo_scene_object::inherit_alpha, true);
-    expect_near(leaf->get_actual_color(), {0.0f, 0.0f, 1.0f});
+    EXPECT_TRUE(near(leaf->get_actual_color(), v3(0.0f, 0.0f, 1.0f)));
     EXPECT_FLOAT_EQ(leaf->get_actual_alpha(), 1.0f);
     // The chain goes as far up as the inherit properties reach.
     mid->set_property(ixo_scene_object::inherit_alpha, true);
     EXPECT_FLOAT_EQ(leaf->get_actual_alpha(), 0.4f);
     leaf->set_property(ixo_scene_object::inherit_color, true);
-    expect_near(leaf->get_actual_color(), {0.0f, 1.0f, 0.0f});
+    EXPECT_TRUE(near(leaf->get_actual_color(), v3(0.0f, 1.0f, 0.0f)));
     mid->set_property(ixo_scene_object::inherit_color, true);
-    expect_near(leaf->get_actual_color(), {1.0f, 0.0f, 0.2f});
+    EXPECT_TRUE(near(leaf->get_actual_color(), v3(1.0f, 0.0f, 0.2f)));
     // Without a parent an inherit property falls back on the object's own value.
-    expect_near(top->get_actual_color(), {1.0f, 0.0f, 0.2f});
+    EXPECT_TRUE(near(top->get_actual_color(), v3(1.0f, 0.0f, 0.2f)));
     top->set_property(ixo_scene_object::inherit_color, true);
-    expect_near(leaf->get_actual_color(), {1.0f, 0.0f, 0.2f});
+    EXPECT_TRUE(near(leaf->get_actual_color(), v3(1.0f, 0.0f, 0.2f)));
 
     top->set_property(ixo_scene_object::visible, false);
     top->set_property(ixo_scene_object::transparent, true);
@@ -151,22 +142,15 @@ TEST(scene_object, bounds_and_total_transform)
     parent->add_child(child);
 
     // Only the parent's own box while the child sits at the origin.
-    ixo_box3<float> b = parent->get_bounds();
-    expect_near(b.minimum(), {-1.0f, -1.0f, -1.0f});
-    expect_near(b.maximum(), {1.0f, 1.0f, 1.0f});
+    EXPECT_TRUE(box_is(parent->get_bounds(), v3(-1, -1, -1), v3(1, 1, 1)));
 
     child->set_transform(ixo_scale_transform(2.0f));
     parent->set_transform(ixo_translation_transform(ixo_vector3<float>(10.0f, 0.0f, 0.0f)));
     parent->set_property(ixo_scene_object::visible, false);
     // A hidden parent drops its own box but still covers its child, in its parent's frame.
-    b = parent->get_bounds();
-    expect_near(b.minimum(), {8.0f, -2.0f, -2.0f});
-    expect_near(b.maximum(), {12.0f, 2.0f, 2.0f});
-    b = grand->get_bounds();
-    expect_near(b.minimum(), {8.0f, -2.0f, -2.0f});
-    b = parent->get_children_bounds();
-    expect_near(b.minimum(), {-2.0f, -2.0f, -2.0f});
-    expect_near(b.maximum(), {2.0f, 2.0f, 2.0f});
+    EXPECT_TRUE(box_is(parent->get_bounds(), v3(8, -2, -2), v3(12, 2, 2)));
+    EXPECT_TRUE(box_is(grand->get_bounds(), v3(8, -2, -2), v3(12, 2, 2)));
+    EXPECT_TRUE(box_is(parent->get_children_bounds(), v3(-2, -2, -2), v3(2, 2, 2)));
     // Hiding the child too leaves nothing.
     child->set_property(ixo_scene_object::visible, false);
     EXPECT_TRUE(grand->get_bounds().empty());
@@ -175,10 +159,8 @@ TEST(scene_object, bounds_and_total_transform)
     grand->set_transform(ixo_translation_transform(ixo_vector3<float>(1.0f, 0.0f, 0.0f)));
     parent->set_transform(ixo_scale_transform(2.0f));
     child->set_transform(ixo_translation_transform(ixo_vector3<float>(0.0f, 3.0f, 0.0f)));
-    expect_near(child->get_total_transform() * ixo_vector3<float>(0.0f, 0.0f, 0.0f),
-                {1.0f, 6.0f, 0.0f});
-    expect_near(grand->get_total_transform() * ixo_vector3<float>(0.0f, 0.0f, 0.0f),
-                {1.0f, 0.0f, 0.0f});
+    EXPECT_TRUE(near(child->get_total_transform() * v3(0, 0, 0), v3(1, 6, 0)));
+    EXPECT_TRUE(near(grand->get_total_transform() * v3(0, 0, 0), v3(1, 0, 0)));
 }
 
 TEST(scene_object, tree_links_and_lifetime)

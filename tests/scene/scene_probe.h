@@ -1,11 +1,39 @@
 #pragma once
 // A scene object for tests: it has a box of its own, logs its draw_object calls and reset
-// hooks, can be told to fail, and counts its destruction.
+// hooks, can be told to fail, and counts its destruction. And comparisons of points and
+// boxes within a tolerance.
 
 #include <ixocore/ixocore.h>
 
+#include <gtest/gtest.h>
+
+#include <cmath>
 #include <string>
 #include <vector>
+
+namespace ixo_test
+{
+inline ::testing::AssertionResult near(const ixo_vector3<float>& a, const ixo_vector3<float>& b,
+                                       float tolerance = 1e-5f)
+{
+    for (int i = 0; i < 3; ++i)
+        if (!(std::fabs(a[i] - b[i]) <= tolerance))
+            return ::testing::AssertionFailure()
+                   << "(" << a[0] << ", " << a[1] << ", " << a[2] << "), expected (" << b[0] << ", "
+                   << b[1] << ", " << b[2] << ")";
+    return ::testing::AssertionSuccess();
+}
+
+inline ::testing::AssertionResult box_is(const ixo_box3<float>& b, const ixo_vector3<float>& lo,
+                                         const ixo_vector3<float>& hi, float tolerance = 1e-5f)
+{
+    if (auto r = near(b.minimum(), lo, tolerance); !r)
+        return r << " at the minimum";
+    if (auto r = near(b.maximum(), hi, tolerance); !r)
+        return r << " at the maximum";
+    return ::testing::AssertionSuccess();
+}
+} // namespace ixo_test
 
 struct probe_log
 {

@@ -1,6 +1,8 @@
 // Shaft, rotor and stator geometry without a device: vertex and triangle counts, positions
 // under torsion and deflection, blade outlines, bounds, and refused input.
 
+#include "scene/scene_probe.h"
+
 #include <ixocore/scene/machine/scene_rotor2d.h>
 #include <ixocore/scene/machine/scene_shaft.h>
 #include <ixocore/scene/machine/scene_stator2d.h>
@@ -15,17 +17,8 @@ namespace
 using v3 = ixo_vector3<float>;
 constexpr double deg = 3.14159265358979 / 180;
 
-void expect_near(const v3& a, const v3& b, const char* what)
-{
-    for (int i = 0; i < 3; ++i)
-        EXPECT_NEAR(a[i], b[i], 1e-5) << what << " axis " << i;
-}
-
-void expect_box(const ixo_box3<float>& box, v3 lo, v3 hi)
-{
-    expect_near(box.minimum(), lo, "minimum");
-    expect_near(box.maximum(), hi, "maximum");
-}
+using ixo_test::box_is;
+using ixo_test::near;
 } // namespace
 
 TEST(shaft, straight_shaft_of_three_rings)
@@ -38,17 +31,17 @@ TEST(shaft, straight_shaft_of_three_rings)
     ASSERT_EQ(v.size(), 120u);
     // A cylinder of radius 1 from z = 0 to 1; each sector has its own seam vertex, so
     // vertex 5 (sector 1, facet 0) repeats vertex 4 (sector 0, facet 4) in the next colour.
-    expect_box(s->get_object_bounds(), v3(-1, -1, 0), v3(1, 1, 1));
-    expect_near(v[0].position, v3(0, 1, 0), "first vertex");
-    expect_near(v[4].position, v[5].position, "seam");
+    EXPECT_TRUE(box_is(s->get_object_bounds(), v3(-1, -1, 0), v3(1, 1, 1)));
+    EXPECT_TRUE(near(v[0].position, v3(0, 1, 0))) << "first vertex";
+    EXPECT_TRUE(near(v[4].position, v[5].position)) << "seam";
     EXPECT_EQ(v[4].color, ixo_vector4<unsigned char>(0, 0, 0, 255));
     EXPECT_EQ(v[5].color, ixo_vector4<unsigned char>(255, 255, 255, 255));
     // Five vertices per sector, 11.25 degrees apart: sector 2 starts at 90 degrees, on +x.
-    expect_near(v[10].position, v3(1, 0, 0), "sector 2");
-    expect_near(v[13].position, v3(std::sin(123.75 * deg), std::cos(123.75 * deg), 0),
-                "sector 2, facet 3");
-    expect_near(v[40].position, v3(0, 1, 0.5f), "ring 1");
-    expect_near(v[10].normal, v3(1, 0, 0), "normal");
+    EXPECT_TRUE(near(v[10].position, v3(1, 0, 0))) << "sector 2";
+    EXPECT_TRUE(near(v[13].position, v3(std::sin(123.75 * deg), std::cos(123.75 * deg), 0)))
+        << "sector 2, facet 3";
+    EXPECT_TRUE(near(v[40].position, v3(0, 1, 0.5f))) << "ring 1";
+    EXPECT_TRUE(near(v[10].normal, v3(1, 0, 0))) << "normal";
 }
 
 TEST(shaft, torsion_and_deflection_are_exaggerated_by_their_scales)
@@ -57,21 +50,22 @@ TEST(shaft, torsion_and_deflection_are_exaggerated_by_their_scales)
     ASSERT_TRUE(s->set_ring_info(1, 10, 0, 0));
     s->set_torsion_scale(2);
     // Ring 1 is turned by 20 degrees.
-    expect_near(s->get_vertices()[40].position, v3(std::sin(20 * deg), std::cos(20 * deg), 0.5f),
-                "twisted ring");
+    EXPECT_TRUE(
+        near(s->get_vertices()[40].position, v3(std::sin(20 * deg), std::cos(20 * deg), 0.5f)))
+        << "twisted ring";
     // Deflection (0.5, -0.25) radii at radius 2 and scale 3 moves ring 2 by (3, -1.5);
     // length 4 over 3 rings puts it at z = 4.
     ASSERT_TRUE(s->set_ring_info(2, 0, 0.5f, -0.25f));
     s->set_radius(2);
     s->set_length(4);
     s->set_xy_scale(3);
-    expect_near(s->get_vertices()[80].position, v3(3, 2 - 1.5f, 4), "deflected ring");
-    expect_box(s->get_object_bounds(), v3(-2, -3.5f, 0), v3(5, 2, 4));
+    EXPECT_TRUE(near(s->get_vertices()[80].position, v3(3, 2 - 1.5f, 4))) << "deflected ring";
+    EXPECT_TRUE(box_is(s->get_object_bounds(), v3(-2, -3.5f, 0), v3(5, 2, 4)));
     // The rotation angle turns every ring: 90 degrees puts vertex 0 on +x.
     s->set_rotation_angle(90);
-    expect_near(s->get_vertices()[0].position, v3(2, 0, 0), "rotated");
+    EXPECT_TRUE(near(s->get_vertices()[0].position, v3(2, 0, 0))) << "rotated";
     EXPECT_FALSE(s->set_ring_info(3, 1, 1, 1));
-    expect_near(s->get_ring_info(2), v3(0, 0.5f, -0.25f), "stored info");
+    EXPECT_TRUE(near(s->get_ring_info(2), v3(0, 0.5f, -0.25f))) << "stored info";
 }
 
 TEST(shaft, degenerate_and_absurd_shapes)
@@ -81,7 +75,7 @@ TEST(shaft, degenerate_and_absurd_shapes)
     one->set_length(5);
     EXPECT_EQ(one->get_vertex_count(), 40u);
     EXPECT_EQ(one->get_triangle_count(), 0u);
-    expect_box(one->get_object_bounds(), v3(-1, -1, 0), v3(1, 1, 0));
+    EXPECT_TRUE(box_is(one->get_object_bounds(), v3(-1, -1, 0), v3(1, 1, 0)));
     EXPECT_TRUE(ixo_scene_shaft::create(0, 4, 3)->get_object_bounds().empty());
     EXPECT_TRUE(ixo_scene_shaft::create(8, 4, 0)->get_object_bounds().empty());
     EXPECT_FALSE(ixo_scene_shaft::create(1u << 20, 1u << 20, 10));
@@ -98,13 +92,14 @@ TEST(rotor2d, four_blades_span_81_degrees_each)
     // Blade 1 is centred at 90 degrees, which lies at -y; its sides at 49.5 and 130.5.
     auto o = r->get_blade_outline(1);
     ASSERT_EQ(o.size(), 5u);
-    expect_near(o[0], v3(std::cos(49.5 * deg), -std::sin(49.5 * deg), 0), "base, leading");
-    expect_near(o[2], v3(0, -2, 0), "tip centre");
-    expect_near(o[3], v3(2 * std::cos(130.5 * deg), -2 * std::sin(130.5 * deg), 0), "tip");
-    expect_near(o[4], v3(std::cos(130.5 * deg), -std::sin(130.5 * deg), 0), "base, trailing");
-    expect_box(r->get_object_bounds(), v3(-2, -2, 0), v3(2, 2, 0));
+    EXPECT_TRUE(near(o[0], v3(std::cos(49.5 * deg), -std::sin(49.5 * deg), 0))) << "base, leading";
+    EXPECT_TRUE(near(o[2], v3(0, -2, 0))) << "tip centre";
+    EXPECT_TRUE(near(o[3], v3(2 * std::cos(130.5 * deg), -2 * std::sin(130.5 * deg), 0))) << "tip";
+    EXPECT_TRUE(near(o[4], v3(std::cos(130.5 * deg), -std::sin(130.5 * deg), 0)))
+        << "base, trailing";
+    EXPECT_TRUE(box_is(r->get_object_bounds(), v3(-2, -2, 0), v3(2, 2, 0)));
     r->set_blade_radius(3, 3);
-    expect_box(r->get_object_bounds(), v3(-3, -3, 0), v3(3, 3, 0));
+    EXPECT_TRUE(box_is(r->get_object_bounds(), v3(-3, -3, 0), v3(3, 3, 0)));
 
     r->set_blade_radius(4, 9); // no such blade
     EXPECT_EQ(r->get_blade_radius(4), 0);
@@ -117,9 +112,9 @@ TEST(rotor2d, four_blades_span_81_degrees_each)
 TEST(stator2d, bounds_cover_both_circles_and_the_poly_cylinder)
 {
     auto s = ixo_scene_stator2d::create();
-    expect_box(s->get_object_bounds(), v3(-2, -2, 0), v3(2, 2, 0));
+    EXPECT_TRUE(box_is(s->get_object_bounds(), v3(-2, -2, 0), v3(2, 2, 0)));
     s->set_start_radius(2.5f);
-    expect_box(s->get_object_bounds(), v3(-2.5f, -2.5f, 0), v3(2.5f, 2.5f, 0));
+    EXPECT_TRUE(box_is(s->get_object_bounds(), v3(-2.5f, -2.5f, 0), v3(2.5f, 2.5f, 0)));
     EXPECT_TRUE(s->get_start_points().empty());
 
     // One sample at radius 4 with a wall of 0.5 and height 1.
@@ -128,7 +123,7 @@ TEST(stator2d, bounds_cover_both_circles_and_the_poly_cylinder)
     ixo_vector4<unsigned char> c(255, 0, 0, 255);
     p->set_data(1, &a, &r, &c);
     s->set_poly_cylinder(p);
-    expect_box(s->get_object_bounds(), v3(-4.5f, -4.5f, -0.5f), v3(4.5f, 4.5f, 0.5f));
+    EXPECT_TRUE(box_is(s->get_object_bounds(), v3(-4.5f, -4.5f, -0.5f), v3(4.5f, 4.5f, 0.5f)));
     EXPECT_EQ(ixo_scene_stator2d::get_case_color(), ixo_vector4<unsigned char>(255, 0, 0, 200));
     EXPECT_EQ(ixo_scene_stator2d::get_probe_color(), ixo_vector4<unsigned char>(0, 255, 0, 200));
 }
