@@ -205,36 +205,31 @@ TEST(scene, passes_without_device_and_reset_forwarding)
     EXPECT_EQ(log.take(), "");
 }
 
+// Each pass bit set alone shows only itself, survives a copy and an assignment, and clears.
 TEST(scene_draw_data, pass_bits_are_independent)
 {
-    ixo_scene_draw_data d;
-    EXPECT_FALSE(d.do_background());
-    EXPECT_FALSE(d.do_foreground());
-    EXPECT_FALSE(d.do_transparent());
-    EXPECT_FALSE(d.do_mapping());
-    EXPECT_FALSE(d.do_mapping_shadows());
-    EXPECT_FALSE(d.do_draw_mapped_shadows());
-
-    d.set_foreground(true);
-    d.set_mapping_shadows(true);
-    d.set_transparent(true);
-    d.set_transparent(false);
-    EXPECT_TRUE(d.do_foreground());
-    EXPECT_TRUE(d.do_mapping_shadows());
-    EXPECT_FALSE(d.do_transparent());
-    EXPECT_FALSE(d.do_background());
-    EXPECT_FALSE(d.do_mapping());
-    EXPECT_FALSE(d.do_draw_mapped_shadows());
-
-    ixo_scene_draw_data copy(d);
-    d.set_foreground(false);
-    d.set_draw_mapped_shadows(true);
-    EXPECT_TRUE(copy.do_foreground());
-    EXPECT_FALSE(copy.do_draw_mapped_shadows());
-    copy = d;
-    EXPECT_FALSE(copy.do_foreground());
-    EXPECT_TRUE(copy.do_draw_mapped_shadows());
-    EXPECT_TRUE(copy.do_mapping_shadows());
+    using d = ixo_scene_draw_data;
+    void (d::*const set[])(bool) = {&d::set_background,      &d::set_foreground,
+                                    &d::set_transparent,     &d::set_mapping,
+                                    &d::set_mapping_shadows, &d::set_draw_mapped_shadows};
+    bool (d::*const get[])()
+        const = {&d::do_background, &d::do_foreground,      &d::do_transparent,
+                 &d::do_mapping,    &d::do_mapping_shadows, &d::do_draw_mapped_shadows};
+    for (int i = 0; i < 6; ++i)
+    {
+        d on;
+        (on.*set[i])(true);
+        d const copy(on);
+        d assigned;
+        assigned = on;
+        (on.*set[i])(false);
+        for (int j = 0; j < 6; ++j)
+        {
+            EXPECT_EQ((copy.*get[j])(), i == j) << "set " << i << ", asked " << j;
+            EXPECT_EQ((assigned.*get[j])(), i == j) << "set " << i << ", asked " << j;
+            EXPECT_FALSE((on.*get[j])()) << "cleared " << i << ", asked " << j;
+        }
+    }
 }
 
 TEST(scene, document_owns_its_scene_and_clears_the_tree_when_it_goes)
