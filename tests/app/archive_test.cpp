@@ -96,25 +96,23 @@ TEST_F(archive_test, write_truncates_and_read_stops_at_the_end)
     EXPECT_FALSE(archive->read(1, extra));
     EXPECT_FALSE(archive->read(0, extra));
     EXPECT_EQ(fs::file_size(path("data.bin")), 8u);
-}
 
-TEST_F(archive_test, every_byte_value_round_trips)
-{
+    // Every byte value, written one at a time, reads back in one go.
     std::array<unsigned char, 256> all{};
     for (int i = 0; i < 256; ++i)
         all[i] = static_cast<unsigned char>(255 - i);
     {
-        auto archive = ixo_archive::open(wide("all.bin"), ixo_archive::mode_write);
-        ASSERT_NE(archive, nullptr);
+        auto writer = ixo_archive::open(wide("all.bin"), ixo_archive::mode_write);
+        ASSERT_NE(writer, nullptr);
         for (unsigned char const& b : all)
-            EXPECT_TRUE(archive->write(1, &b));
+            EXPECT_TRUE(writer->write(1, &b));
     }
     EXPECT_EQ(fs::file_size(path("all.bin")), 256u);
-    auto archive = ixo_archive::open(wide("all.bin"), ixo_archive::mode_read);
+    archive = ixo_archive::open(wide("all.bin"), ixo_archive::mode_read);
     ASSERT_NE(archive, nullptr);
-    std::array<unsigned char, 256> back{};
-    EXPECT_TRUE(archive->read(256, back.data()));
-    EXPECT_EQ(back, all);
+    std::array<unsigned char, 256> all_back{};
+    EXPECT_TRUE(archive->read(256, all_back.data()));
+    EXPECT_EQ(all_back, all);
 }
 
 TEST_F(archive_test, bad_arguments_answer_false)

@@ -11,8 +11,7 @@ struct journal
 {
     std::vector<std::string> calls;
     int destroyed = 0;
-    // Commands that were destroyed while still linked to the one below them: a sign that
-    // a chain was released recursively.
+    // Destroyed while still linked to the next: a chain released recursively.
     int destroyed_linked = 0;
 };
 

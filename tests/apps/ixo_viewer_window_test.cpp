@@ -1,5 +1,4 @@
-// ixo-viewer in a real X server: the test starts its own Xvfb, runs the viewer on a small
-// scene, drives it with XTest input through xdotool and reads the window back with xwd.
+// ixo-viewer in its own Xvfb, driven through xdotool and read back with xwd.
 
 #include <gtest/gtest.h>
 
@@ -37,19 +36,10 @@ bool wait_until(const std::function<bool()>& done, std::chrono::milliseconds lim
     return done();
 }
 
-pid_t spawn(const std::vector<std::string>& args, const std::string& display,
-            const std::string& out_file = "/dev/null")
+// Runs `args` with stdout into `out_file` (DISPLAY is the test's server once started).
+pid_t spawn(const std::vector<std::string>& args, const std::string& out_file = "/dev/null")
 {
-    std::vector<std::string> env_text;
-    for (char** e = environ; *e; ++e)
-        if (std::string(*e).rfind("DISPLAY=", 0) != 0)
-            env_text.emplace_back(*e);
-    if (!display.empty())
-        env_text.push_back("DISPLAY=" + display);
-    std::vector<char*> envp, argv;
-    for (auto& s : env_text)
-        envp.push_back(s.data());
-    envp.push_back(nullptr);
+    std::vector<char*> argv;
     std::vector<std::string> arg_text = args;
     for (auto& s : arg_text)
         argv.push_back(s.data());
@@ -59,14 +49,13 @@ pid_t spawn(const std::vector<std::string>& args, const std::string& display,
     posix_spawn_file_actions_addopen(&actions, 1, out_file.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
                                      0644);
     pid_t pid = -1;
-    if (posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), envp.data()) != 0)
+    if (posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ) != 0)
         pid = -1;
     posix_spawn_file_actions_destroy(&actions);
     return pid;
 }
 
-// The exit status of `pid` once it has ended within `limit`; -1 when it did not (it is
-// killed then) or did not exit normally.
+// The exit status of `pid` within `limit`; -1 (killed) when it does not exit normally.
 int wait_exit(pid_t pid, std::chrono::milliseconds limit = 20s)
 {
     int status = 0;
@@ -100,8 +89,7 @@ std::string read_file(const fs::path& path)
     return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-// A window's picture as xwd dumps it: its size and the pixel bytes after the header and
-// the colour map (all header fields are 32-bit big-endian).
+// A window's picture from xwd: size and the pixels after header and colour map (big-endian).
 struct picture
 {
     unsigned width = 0, height = 0;
@@ -151,18 +139,19 @@ protected:
             std::string const id = std::to_string(n);
             if (fs::exists("/tmp/.X" + id + "-lock") || fs::exists("/tmp/.X11-unix/X" + id))
                 continue;
-            // No reset when the last client leaves: a server in the middle of one refuses the
-            // next test's viewer.
+            // No reset when the last client leaves: one in progress refuses the next viewer.
             xvfb_ = spawn(
-                {"Xvfb", ":" + id, "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset"},
-                "");
+                {"Xvfb", ":" + id, "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset"});
             // The socket shows before the server answers: wait for an answer.
             auto const answers = [&] {
                 return !output_of("DISPLAY=:" + id + " xdotool getdisplaygeometry 2>/dev/null")
                             .empty();
             };
             if (xvfb_ > 0 && wait_until(answers, 10s))
+            {
                 display_ = ":" + id;
+                setenv("DISPLAY", display_.c_str(), 1);
+            }
             else if (xvfb_ > 0)
                 TearDownTestSuite();
         }
@@ -200,7 +189,7 @@ protected:
     void start_viewer()
     {
         viewer_ = spawn({IXO_VIEWER, IXO_VIEWER_SCENE, "-o", (folder_ / "viewer.png").string()},
-                        display_, (folder_ / "viewer.out").string());
+                        (folder_ / "viewer.out").string());
         ASSERT_GT(viewer_, 0);
         ASSERT_TRUE(wait_until(
             [&]
@@ -244,7 +233,7 @@ TEST_F(ixo_viewer_window_test, saved_picture_equals_what_ixo_render_draws)
     ASSERT_TRUE(wait_until(whole)) << "s saved nothing";
 
     fs::path const rendered = folder_ / "render.png";
-    pid_t render = spawn({IXO_RENDER, IXO_VIEWER_SCENE, "-o", rendered.string()}, "");
+    pid_t render = spawn({IXO_RENDER, IXO_VIEWER_SCENE, "-o", rendered.string()});
     ASSERT_EQ(wait_exit(render), 0);
     std::string const a = read_file(saved), b = read_file(rendered);
     EXPECT_GT(a.size(), 1000u);
@@ -266,8 +255,7 @@ TEST_F(ixo_viewer_window_test, drag_select_and_resize_change_the_picture_and_clo
     ASSERT_TRUE(wait_until([&] { return grab().pixels != first.pixels; }))
         << "the drag did not change the picture";
 
-    // A shift-click on the box selects it, and the selection flashes: the picture keeps
-    // changing without further input.
+    // A shift-click selects the box, which flashes: the picture changes without input.
     wait_until([] { return false; }, 300ms);
     picture const rotated = grab();
     x("xdotool mousemove --window " + window_ + " 5 5 mousemove --window " + window_ +

@@ -1,16 +1,9 @@
-// Every sample scene, with all its views and shadow mapping on, paints the same picture
-// frame after frame: nothing one frame, pass or view leaves on the device changes the next.
+// Every sample scene paints the same pictures frame after frame, in every view.
 
 #include "scene_builder.h"
 #include "scene_file.h"
 
-#include <ixocore/app/application.h>
-#include <ixocore/app/document.h>
-#include <ixocore/render/light.h>
-#include <ixocore/render/render_view.h>
-#include <ixocore/render/render_view_manager.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_object.h>
+#include <ixocore/ixocore.h>
 
 #include <gtest/gtest.h>
 

@@ -202,8 +202,7 @@ TEST(event_manager, holding_queues_in_order)
     EXPECT_EQ(log, (std::vector<std::string>{"h:Application Idle Event", "h:Request Redraw Event",
                                              "h:Application Idle Event"}));
 
-    // A handler that holds and releases again while the queue empties: every event is
-    // dispatched exactly once, in order.
+    // Holding and releasing inside a handler: each event is still dispatched once, in order.
     log.clear();
     ixo_object_ptr<ixo_event_manager> n = ixo_event_manager::create();
     n->subscribe(idle(), recorder::create(log, "toggle",
@@ -238,8 +237,7 @@ TEST(event_manager, handlers_change_subscriptions_while_dispatching)
     {
         ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::create();
         ixo_event_key self_key, next_key;
-        // Unsubscribes itself and the next record, and subscribes a new one, all during the
-        // dispatch of one event.
+        // Unsubscribes itself and the next record and subscribes a new one, in one dispatch.
         self_key = m->subscribe(
             idle(), recorder::create(log, "first",
                                      [&](auto)
@@ -269,8 +267,7 @@ TEST(event_manager, handlers_change_subscriptions_while_dispatching)
         m->report(idle());
         EXPECT_TRUE(log.empty());
 
-        // A handler that reports from inside a dispatch: the inner event is dispatched at
-        // once, inside the outer one.
+        // Reporting from inside a dispatch dispatches the inner event at once.
         m->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "redraw"));
         m->subscribe(idle(), recorder::create(log, "outer",
                                               [&](auto)

@@ -55,8 +55,7 @@ std::string ascii_stl(std::vector<facet> const& facets, const char* eol = "\n")
     return s.str();
 }
 
-// An ASCII PLY header: `vertices` vertices of float x, y, z and, when `faces` > 0, faces
-// of int indices in a list named `list`.
+// An ASCII PLY header: float x, y, z vertices, and faces (when > 0) of int index lists.
 std::string ply_head(int vertices, int faces, std::string const& list = "vertex_indices")
 {
     std::string s = "ply\nformat ascii 1.0\nelement vertex " + std::to_string(vertices) +
@@ -66,8 +65,7 @@ std::string ply_head(int vertices, int faces, std::string const& list = "vertex_
     return s + "end_header\n";
 }
 
-// Expected STL result: distinct positions in order of first appearance, each with the
-// normalised sum of the normals of the facet corners at it.
+// Expected STL result: positions in order of first use, each with its normalised normal sum.
 void expect_merged(ixo_indexed_mesh const& mesh, std::vector<facet> const& facets)
 {
     std::map<std::array<float, 3>, unsigned> seen;
@@ -137,8 +135,7 @@ TEST(MeshFiles, AsciiStlCubeMergesCornersAndAccumulatesNormals)
     ASSERT_TRUE(crlf);
     expect_merged(*crlf, facets);
 
-    // Several solids in one file (as some exporters write assemblies) and blank lines that
-    // inflate the line count read as one mesh; something else between the solids does not.
+    // Several solids (assemblies) and blank lines read as one mesh; junk between them does not.
     std::string const part = ascii_stl(facets);
     auto two = read_stl("two_solids.stl", part + part + std::string(20, '\n'));
     ASSERT_TRUE(two);
@@ -174,8 +171,7 @@ TEST(MeshFiles, BinaryStlDetectionCountsAndMerging)
     EXPECT_EQ(none->get_num_vertices(), 0u);
     EXPECT_EQ(none->get_num_indices(), 0u);
 
-    // A count past 32 bits' worth of bytes, a file shorter than a header, and a text file
-    // with one stray byte of 200 (treated as binary, and no valid one) are refused.
+    // Refused: a count past 32 bits of bytes, less than a header, text with a byte of 200.
     EXPECT_FALSE(read_stl("huge.stl", binary_stl(facets, char(255), 0xffffffffu)));
     EXPECT_FALSE(read_stl("tiny.stl", "\xff\x01"));
     std::string text = ascii_stl(cube_facets());
@@ -193,8 +189,7 @@ TEST(MeshFiles, BinaryStlDetectionCountsAndMerging)
 
 namespace
 {
-// The same 4-vertex, 2-face mesh in each storage mode, with an element and properties the
-// reader does not know, comments and obj_info.
+// One 4-vertex, 2-face mesh per storage mode, with unknown elements, comments and obj_info.
 std::string ply_two_faces(std::string const& mode)
 {
     const float v[4][3] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 1}};
@@ -267,8 +262,7 @@ TEST(MeshFiles, PlyPolygonsBecomeFansAndBadFilesAreRefused)
     expect_indices(*quad, {0, 1, 2, 0, 2, 3, 0, 1, 2, 0, 2, 4, 0, 4, 3});
     expect_vec(quad->get_vertex(4u).normal, 0, 0, 1);
 
-    // A negative index, a truncated body, a vertex count past the file, a header that is
-    // not PLY, an empty file. (An index past the vertices is in FailedReadsSayWhy.)
+    // Refused: a negative index, a cut body, a count past the file, not PLY, nothing.
     for (std::string body : {"3 0 -1 2\n3 0 1 2\n3 0 1 2\n", "3 0 1 2\n3 0 1"})
         EXPECT_FALSE(read_ply("bad.ply", head + body)) << body;
     std::string huge = "ply\nformat binary_little_endian 1.0\nelement vertex 2000000000\n"
@@ -413,8 +407,7 @@ TEST(MeshFiles, VrmlSectionsAndAllSections)
 
 TEST(MeshFiles, VrmlLongLinesAndGarbageStaySafe)
 {
-    // One line of 600 numbers "1.25" (5 bytes each with its space): byte 1,023 falls
-    // inside a number, which must still read as one, from a file as from memory.
+    // 600 numbers "1.25 " on one line: byte 1,023 falls inside a number, which stays whole.
     std::string numbers;
     for (int i = 0; i < 600; ++i)
         numbers += "1.25 ";
@@ -440,8 +433,7 @@ TEST(MeshFiles, VrmlLongLinesAndGarbageStaySafe)
     EXPECT_EQ(empty->get_num_vertices(), 0u);
 }
 
-// Files real exporters write that the form detection alone gets wrong: the other form is
-// tried where the size or the first word says it fits.
+// Forms the detection alone gets wrong are read by trying the other where it fits.
 TEST(MeshFiles, StlFormsTheDetectionMissesAreRead)
 {
     // Every byte below 127: the coordinates 0, 2 and 3 and a header that starts "solid".
@@ -479,8 +471,7 @@ TEST(MeshFiles, StlFormsTheDetectionMissesAreRead)
     EXPECT_TRUE(named);
 }
 
-// Null results keep their reason for the host; a read that succeeds clears it, and each
-// thread has its own.
+// Null results keep their reason per thread; a read that succeeds clears it.
 TEST(MeshFiles, FailedReadsSayWhy)
 {
     std::string ply_huge = "ply\nformat binary_little_endian 1.0\nelement vertex 2147483648\n"
@@ -526,8 +517,7 @@ TEST(MeshFiles, FailedReadsSayWhy)
     EXPECT_EQ(ixo_indexed_mesh::get_last_read_failure().to_utf8(), "");
 }
 
-// A sparse file is large on almost no disk: its holes back no count, so the readers refuse
-// at once instead of sizing arrays from the count or reading gigabytes of zeros.
+// Sparse files: holes back no count, so the readers refuse at once.
 TEST(MeshFiles, SparseFilesAreRefusedAtOnce)
 {
     std::string ply = "ply\nformat binary_little_endian 1.0\nelement vertex 1000000000\n"

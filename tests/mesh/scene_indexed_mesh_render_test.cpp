@@ -1,7 +1,4 @@
-// Meshes read from generated STL files drawn headless through an orthographic camera
-// looking down -z at 20 pixels per unit, read back: the picking pass shows the mesh's
-// identifier exactly where its triangles are, and a mesh naming vertices it lacks draws
-// nothing.
+// Meshes from generated STL files drawn headless and picked where their triangles are.
 
 #include "mesh/mesh_test_files.h"
 #include "render/scene_render.h"
@@ -49,8 +46,7 @@ TEST_F(scene_indexed_mesh_render, MeshFromStlIsPickedWhereItsTrianglesAre)
     EXPECT_NE(id_at(img, col(-2.5f), row(0)), object->id());
     EXPECT_NEAR(count_id(img, object->id()), 60 * 60, 2 * 60 + 2 * 60 + 4);
 
-    // The normal pass draws it too; after the device resources are released it is drawn
-    // again from new buffers.
+    // The normal pass draws it too, and after a release it draws from new buffers.
     ixo_test::pixel inside = at(draw(false), col(0), row(0));
     EXPECT_FALSE(inside.r == 30 && inside.g == 20 && inside.b == 10);
     EXPECT_TRUE(object->pre_reset_object());
@@ -88,8 +84,7 @@ TEST_F(scene_indexed_mesh_render, DocumentObjectHangsItsSceneObjectUnderTheRoot)
     ixo_application::instance()->remove_document(doc);
 }
 
-// A plane draws from a vertex stream of its own without touching the index buffer; the
-// mesh drawn after it, in this frame and the next, must still draw from its own vertices.
+// A plane's own vertex stream must not be what the mesh after it draws from.
 TEST_F(scene_indexed_mesh_render, MeshAfterAPlaneDrawsFromItsOwnVertices)
 {
     auto object = add(square("left_square.stl", -3, -1, -1, 1));

@@ -1,6 +1,4 @@
-// Text, legend, label and overlay rectangle drawn headless through a render view looking
-// down -z from (0, 0, 10) (orthographic), read back as pixels and as picking ids, and drawn
-// again after a device reset.
+// Text, legend, label and overlay drawn through a render view, read back and picked.
 
 #include "render/scene_render.h"
 
@@ -37,16 +35,14 @@ v2i measure(const ixo_string& text)
     return v2i(int(r.right), int(r.bottom));
 }
 
-// The shared scene fixture with a render view of its scene, painted and picked as a host
-// does.
+// The shared scene fixture with a render view of its scene.
 class annotations_render : public ixo_test::scene_render<view_w, view_h>
 {
 protected:
     void SetUp() override
     {
         scene_render::SetUp();
-        // A document's scene, which a device reset reaches; the view draws into a target of
-        // its own, and the reset needs the fixture's gone.
+        // A document's scene, which device resets reach; the fixture's target would block one.
         document = ixo_application::instance()->create_document();
         scene = document->get_scene();
         target.reset();
@@ -61,8 +57,7 @@ protected:
         scene_render::TearDown();
     }
 
-    // Initialising and resetting the view refit its camera: put it back where the test
-    // expects it.
+    // Initialising and resetting the view refit its camera: put it back.
     void place_camera()
     {
         auto camera = view->get_camera();
@@ -92,8 +87,7 @@ protected:
         return {c[0], c[1], c[2]};
     }
 
-    // The ids in a fresh picking image at pixels counted from the top-left, asked the way a
-    // tool asks for a pointer with y counted from the bottom.
+    // The ids picked at pixels counted from the top-left (a tool's y counts from the bottom).
     std::vector<unsigned long> picks(std::vector<v2i> const& pixels)
     {
         std::vector<unsigned long> ids;
@@ -157,8 +151,7 @@ TEST_F(annotations_render, text_is_centred_on_its_projected_point)
     int const left = int(p[0] - float(size[0] / 2));
     int const top = int(p[1] - float(size[1] / 2));
 
-    // Every red pixel lies in the measured rectangle drawn from (left, top); the ink spans
-    // the point across and straddles it vertically.
+    // The red ink lies in the measured rectangle, centred across the point, straddling it.
     ink const k = find(frame, red);
     ASSERT_GT(k.count, 30);
     EXPECT_GE(k.x0, left);

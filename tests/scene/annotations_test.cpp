@@ -1,5 +1,4 @@
-// Text, legend, label and overlay rectangle without a device: defaults, the fixed-size
-// tables and their limits, the update rules, frames and bounds.
+// Text, legend, label and overlay without a device: defaults, tables, rules, frames.
 
 #include "scene/scene_probe.h"
 
@@ -63,8 +62,7 @@ TEST(annotations, types_defaults_and_bounds)
     EXPECT_TRUE(overlay->get_property(ixo_scene_object::inherit_visible));
     EXPECT_EQ(overlay->get_color(), color(0, 0, 0, 128));
 
-    // The screen-space annotations take no room beyond the origin; the overlay spans its
-    // corners whichever way round they are given.
+    // Screen-space annotations take no room; the overlay spans its corners either way round.
     EXPECT_TRUE(is_point_at_origin(text->get_object_bounds()));
     EXPECT_TRUE(is_point_at_origin(legend->get_object_bounds()));
     EXPECT_TRUE(is_point_at_origin(label->get_object_bounds()));
@@ -170,8 +168,7 @@ TEST(annotations, label_lines_flags_and_frames)
     label->set_world_position(v3(14, 0, 2));
     EXPECT_TRUE(near(label->get_position(), v3(2, 0, 1)));
     EXPECT_TRUE(near(label->get_world_position(), v3(14, 0, 2)));
-    // With space set the stored value is taken as world coordinates, though the setter
-    // still converts.
+    // With space set the stored value is taken as world coordinates; the setter converts.
     label->set_space(true);
     label->set_world_position(v3(14, 0, 2));
     EXPECT_TRUE(near(label->get_world_position(), v3(2, 0, 1)));

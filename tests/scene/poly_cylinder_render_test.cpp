@@ -1,5 +1,4 @@
-// Poly-cylinders drawn headless and read back: colours where the samples put them, the
-// covered ring in the picking pass, the polygonal tube, and the buffers across a reset.
+// Poly-cylinders drawn headless and read back: colours, picked ring, polygons, resets.
 
 #include "scene/scene_render_fixture.h"
 

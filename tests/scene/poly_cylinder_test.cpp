@@ -1,5 +1,4 @@
-// The poly-cylinder's geometry built without a device: step counts, the profile through
-// the samples, the records filled into wide gaps, bounds, and refused input.
+// Poly-cylinder geometry without a device: steps, profile, gap records, bounds, refusals.
 
 #include <ixocore/scene/scene_poly_cylinder.h>
 
@@ -33,8 +32,7 @@ ixo_object_ptr<ixo_scene_poly_cylinder> tube(const std::vector<sample>& s, float
     return p;
 }
 
-// Radius and angle in degrees [0, 360) of profile point i, measured as the object lays
-// angles out: clockwise from +x seen from +z.
+// Radius and angle [0, 360) of profile point i; angles run clockwise from +x seen from +z.
 double radius_at(const ixo_scene_poly_cylinder& p, int i)
 {
     auto v = p.get_smooth_id_array()[i];

@@ -1,7 +1,4 @@
-// Draws the primitive scene objects headless through an orthographic camera looking down -z
-// at 20 pixels per unit, and reads the pixels back: coverage in the picking pass (exact
-// identifier colours), colours in the normal pass, and the shared meshes across a device
-// reset.
+// The primitives drawn headless and read back: coverage, colours, shared meshes, resets.
 
 #include "scene/scene_render_fixture.h"
 
@@ -65,8 +62,7 @@ TEST_F(primitives_render, solids_cover_their_outlines)
     sphere->set_transform(ixo_scale_transform(1.5f));
     EXPECT_TRUE(about(coverage(sphere), 3.14159265 * 30 * 30));
 
-    // A cylinder of radius 1: end-on a disc of radius 20 pixels; turned onto y, its side is
-    // a 2 x 3 rectangle.
+    // A cylinder of radius 1: end-on a disc of 20 pixels, turned onto y a 2 x 3 rectangle.
     auto cylinder = ixo_scene_cylinder::create(1, 3);
     EXPECT_TRUE(about(coverage(cylinder), 3.14159265 * 20 * 20));
     cylinder->set_transform(z_to_y());
@@ -75,8 +71,7 @@ TEST_F(primitives_render, solids_cover_their_outlines)
     EXPECT_EQ(id_at(img, col(0.9f), row(1.4f)), cylinder->id());
     EXPECT_EQ(id_at(img, col(0), row(1.6f)), ixo_invalid_object_id);
 
-    // A cone point-first: the disc of its base. Turned onto y, a triangle with the base
-    // (radius 1) at y = -0.5 and the point at y = +0.5.
+    // A cone: end-on its base disc; turned onto y a triangle, base at -0.5, point at +0.5.
     auto cone = ixo_scene_cone::create();
     EXPECT_TRUE(about(coverage(cone), 3.14159265 * 20 * 20));
     cone->set_transform(z_to_y());
@@ -141,8 +136,7 @@ TEST_F(primitives_render, coordinate_system_arrows_keep_their_colours)
     add_light();
     auto cs = ixo_scene_coordinate_system::create();
     scene->get_root()->add_child(cs);
-    // Looking down -z, below the centre only the z arrow's head (radius 2) is in sight:
-    // blue.
+    // Below the centre only the z arrow's head (radius 2) is in sight: blue.
     UINT const x = col(0), y = row(-1.2f);
     auto img = draw(false);
     pixel p = at(img, x, y);

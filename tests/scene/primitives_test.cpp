@@ -1,5 +1,4 @@
-// The primitive scene objects without a device: types, geometry in their own frames,
-// the composites' children, and that device-less objects draw and reset harmlessly.
+// The primitives without a device: types, geometry, composites, harmless draws and resets.
 
 #include "scene/scene_probe.h"
 

@@ -1,6 +1,4 @@
-// Draws scenes headless on the application's device into a render target of the test's
-// own, with identity view and projection (world coordinates are clip coordinates: x and y
-// in -1..1, depth 0..1), and reads the pixels back.
+// Scenes drawn headless with identity view and projection (world = clip space), read back.
 
 #include "render/scene_render.h"
 
@@ -20,10 +18,7 @@ struct draw_state
     bool drawn = false;
 };
 
-// A flat rectangle [x0, x1] x [y0, y1] at depth z in the object's own frame, facing the
-// viewer. Outside the picking pass it is drawn unlit in its actual colour and alpha, so
-// that its pixels can be predicted; in the picking pass it is drawn lit, as the scene set
-// the device up, so only the material's emissive identifier colour reaches the pixels.
+// A rectangle facing the viewer at depth z: unlit in its actual colour, lit when picking.
 class quad : public ixo_scene_object
 {
 public:
@@ -151,8 +146,7 @@ TEST_F(scene_draw, background_pass_lies_under_the_foreground)
     add(-1, -1, 0, 1, 0.9f, color(0, 255, 0, 255));
 
     ASSERT_TRUE(draw_frame());
-    // The depth buffer is cleared between the passes: the far foreground covers the near
-    // background.
+    // Depth is cleared between the passes: the far foreground covers the near background.
     EXPECT_TRUE(is(at(left_x, mid_y), 0, 255, 0));
     EXPECT_TRUE(is(at(right_x, mid_y), 255, 0, 0));
 
@@ -168,8 +162,7 @@ TEST_F(scene_draw, background_pass_lies_under_the_foreground)
 
 TEST_F(scene_draw, opaque_objects_come_before_transparent_ones)
 {
-    // Tree order puts the near half-transparent blue first; the opaque green behind it is
-    // drawn first all the same, and the blue blends over it.
+    // Tree order puts the near glass first; the opaque green is drawn first all the same.
     auto glass = add(-1, -1, 1, 1, 0.2f, color(0, 0, 255, 128));
     glass->set_property(ixo_scene_object::transparent, true);
     add(-1, -1, 0, 1, 0.8f, color(0, 255, 0, 255));
@@ -200,8 +193,7 @@ TEST_F(scene_draw, hidden_parent_draws_its_visible_children_in_its_frame)
     EXPECT_FALSE(parent->state.drawn);
     EXPECT_FALSE(hidden_child->state.drawn);
 
-    // The world matrix the child saw is the parent's translation (row-vector form), and
-    // the device's world matrix is back to identity afterwards.
+    // The child saw the parent's translation (row vectors); the device is back to identity.
     EXPECT_FLOAT_EQ(child->state.world._41, 1.0f);
     EXPECT_FLOAT_EQ(child->state.world._14, 0.0f);
     D3DMATRIX world{};
@@ -358,8 +350,7 @@ TEST_F(scene_draw, shadow_pass_draws_only_casters_of_the_first_light)
     EXPECT_LT(touched, int(W * H));
 }
 
-// The shadow map is drawn from the first light, so the matrix the objects look it up with
-// must be the first light's, whatever lights come after it.
+// The shadow map is drawn from the first light, so objects look it up with its matrix.
 TEST_F(scene_draw, shadow_lookup_matrix_is_the_first_lights)
 {
     ID3DXEffect* effect = ixo_direct3d::get_effect();

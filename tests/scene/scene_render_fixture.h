@@ -1,7 +1,5 @@
 #pragma once
-// The shared scene fixture at 160 x 120 with what the part tests add: the picking
-// coverage of one object, a light, a device reset that hands the scene and the target
-// through as a host does, and a tolerance for curved outlines.
+// The scene fixture at 160 x 120 with one object's coverage, a light and a device reset.
 
 #include "events/event_probe.h"
 #include "render/scene_render.h"
@@ -30,8 +28,7 @@ protected:
         scene->add_light(light);
     }
 
-    // Loses the device and resets it, releasing and rebuilding the scene's device objects
-    // and the target around the reset.
+    // Loses and resets the device, handing the scene and the target through as a host does.
     bool reset_device()
     {
         auto h = event_function::create(

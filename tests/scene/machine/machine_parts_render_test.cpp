@@ -1,6 +1,4 @@
-// Shaft, rotor and stator drawn headless and read back: blade crossings on a circle of
-// pixels, a deflected shaft moving the way its deflection points, the stator's marks
-// appearing with its poly-cylinder, picking by identifier, and the shaft across a reset.
+// Shaft, rotor and stator drawn headless and read back as pixels and identifiers.
 
 #include "scene/scene_render_fixture.h"
 
@@ -29,8 +27,7 @@ ixo_matrix44<float> z_to_y()
 class machine_render : public ixo_test::part_render
 {
 protected:
-    // Runs of consecutive pixels carrying `id` along the circle of `radius` round the
-    // origin, sampled every half degree.
+    // Runs of pixels carrying `id` on the circle of `radius`, sampled every half degree.
     static int runs_on_circle(const std::vector<pixel>& img, unsigned long id, float radius)
     {
         int runs = 0;

@@ -1,5 +1,4 @@
-// Shaft, rotor and stator geometry without a device: vertex and triangle counts, positions
-// under torsion and deflection, blade outlines, bounds, and refused input.
+// Shaft, rotor and stator geometry without a device: counts, positions, bounds, refusals.
 
 #include "scene/scene_probe.h"
 
@@ -53,8 +52,7 @@ TEST(shaft, torsion_and_deflection_are_exaggerated_by_their_scales)
     EXPECT_TRUE(
         near(s->get_vertices()[40].position, v3(std::sin(20 * deg), std::cos(20 * deg), 0.5f)))
         << "twisted ring";
-    // Deflection (0.5, -0.25) radii at radius 2 and scale 3 moves ring 2 by (3, -1.5);
-    // length 4 over 3 rings puts it at z = 4.
+    // Deflection (0.5, -0.25) radii at radius 2, scale 3: ring 2 moves by (3, -1.5), at z = 4.
     ASSERT_TRUE(s->set_ring_info(2, 0, 0.5f, -0.25f));
     s->set_radius(2);
     s->set_length(4);
