@@ -1,6 +1,4 @@
-#include <ixocore/ixocore.h>
-
-#include <gtest/gtest.h>
+#include "events/event_probe.h"
 
 #include <string>
 #include <vector>
@@ -216,35 +214,32 @@ TEST(composite_command, runs_every_child_and_undoes_in_reverse)
 
 TEST(model_commands, add_document_object_and_scene_object)
 {
-    ixo_application::start(nullptr);
-    {
-        auto doc = ixo_application::instance()->create_document();
-        auto obj = part::create();
+    ixo_test::started library; // ends after everything below has gone
+    auto doc = library.app().create_document();
+    auto obj = part::create();
 
-        EXPECT_FALSE(ixo_add_docobj_command::create(nullptr, obj)->execute());
-        EXPECT_FALSE(ixo_add_docobj_command::create(doc, nullptr)->execute());
-        EXPECT_FALSE(ixo_add_docobj_command::create(nullptr, obj)->undo());
+    EXPECT_FALSE(ixo_add_docobj_command::create(nullptr, obj)->execute());
+    EXPECT_FALSE(ixo_add_docobj_command::create(doc, nullptr)->execute());
+    EXPECT_FALSE(ixo_add_docobj_command::create(nullptr, obj)->undo());
 
-        auto manager = ixo_command_manager::create();
-        EXPECT_TRUE(manager->execute(ixo_add_docobj_command::create(doc, obj)));
-        EXPECT_EQ(doc->get_first_object_of_type(part::static_type()), obj);
-        manager->undo();
-        EXPECT_EQ(doc->get_first_type(), ixo_invalid_object_type);
-        manager->redo();
-        EXPECT_EQ(doc->get_first_object_of_type(part::static_type()), obj);
+    auto manager = ixo_command_manager::create();
+    EXPECT_TRUE(manager->execute(ixo_add_docobj_command::create(doc, obj)));
+    EXPECT_EQ(doc->get_first_object_of_type(part::static_type()), obj);
+    manager->undo();
+    EXPECT_EQ(doc->get_first_type(), ixo_invalid_object_type);
+    manager->redo();
+    EXPECT_EQ(doc->get_first_object_of_type(part::static_type()), obj);
 
-        auto parent = ixo_scene_object::create();
-        auto child = ixo_scene_object::create();
-        EXPECT_FALSE(ixo_add_scene_object_cmd::create(nullptr, child)->execute());
-        EXPECT_FALSE(ixo_add_scene_object_cmd::create(parent, nullptr)->undo());
-        EXPECT_TRUE(manager->execute(ixo_add_scene_object_cmd::create(parent, child)));
-        EXPECT_EQ(child->get_parent(), parent);
-        manager->undo();
-        EXPECT_EQ(child->get_parent(), nullptr);
-        EXPECT_EQ(parent->get_num_children(), 0);
-        manager->redo();
-        EXPECT_EQ(parent->get_child(0), child);
-        ixo_application::instance()->remove_document(doc);
-    }
-    ixo_application::end();
+    auto parent = ixo_scene_object::create();
+    auto child = ixo_scene_object::create();
+    EXPECT_FALSE(ixo_add_scene_object_cmd::create(nullptr, child)->execute());
+    EXPECT_FALSE(ixo_add_scene_object_cmd::create(parent, nullptr)->undo());
+    EXPECT_TRUE(manager->execute(ixo_add_scene_object_cmd::create(parent, child)));
+    EXPECT_EQ(child->get_parent(), parent);
+    manager->undo();
+    EXPECT_EQ(child->get_parent(), nullptr);
+    EXPECT_EQ(parent->get_num_children(), 0);
+    manager->redo();
+    EXPECT_EQ(parent->get_child(0), child);
+    library.app().remove_document(doc);
 }
