@@ -61,7 +61,7 @@ TEST(primitives, solids_are_centred_on_their_origin)
     EXPECT_TRUE(sphere->get_bounds().empty());
 }
 
-TEST(primitives, plane_takes_space_only_when_asked)
+TEST(primitives, plane_takes_space_only_when_asked_and_a_rectangle_never)
 {
     // Normal along x: u = (0, 1, 0) x n = (0, 0, -1), v = n x u = (0, 1, 0).
     ixo_plane<float> const plane(v3(5, 0, 0), v3(1, 0, 0));
@@ -83,10 +83,8 @@ TEST(primitives, plane_takes_space_only_when_asked)
     auto flat = ixo_scene_plane::create(ixo_plane<float>(v3(1, 2, 3), v3(0, 0, 1)), 4, 2);
     flat->set_occupy_space(true);
     EXPECT_TRUE(box_is(flat->get_object_bounds(), v3(-1, 1, 3), v3(3, 3, 3)));
-}
 
-TEST(primitives, rectangle_lives_in_the_foreground_only_and_takes_no_space)
-{
+    // The screen rectangle lives in the foreground only and never takes space.
     auto r = ixo_scene_rectangle::create();
     EXPECT_TRUE(r->get_property(ixo_scene_object::in_foreground));
     EXPECT_FALSE(r->get_property(ixo_scene_object::in_background));
