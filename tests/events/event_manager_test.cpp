@@ -1,48 +1,32 @@
-#include <ixocore/ixocore.h>
-
-#include <gtest/gtest.h>
+#include "events/event_probe.h"
 
 #include <functional>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
 namespace
 {
-// Records "<name>:<event type name>" in a shared log, then runs an optional action.
-class recorder : public ixo_event_handler
+int alive = 0; // handlers made by record() not yet destroyed
+
+// A handler that logs "<name>:<event type name>", then runs an optional action.
+ixo_object_ptr<ixo_event_handler> record(std::vector<std::string>& log, std::string name,
+                                         std::function<void(ixo_object_ptr<ixo_event>)> act = {})
 {
-public:
-    using action = std::function<void(ixo_object_ptr<ixo_event>)>;
-
-    static ixo_object_ptr<recorder> create(std::vector<std::string>& log, std::string name,
-                                           action act = {})
+    struct counted
     {
-        return new recorder(log, std::move(name), std::move(act));
-    }
-
-    void on_event(ixo_object_ptr<ixo_event> e) override
-    {
-        log_.push_back(name_ + ":" + e->type_name().to_utf8());
-        if (act_)
-            act_(e);
-    }
-
-    static int alive;
-
-private:
-    recorder(std::vector<std::string>& log, std::string name, action act)
-        : log_(log), name_(std::move(name)), act_(std::move(act))
-    {
-        ++alive;
-    }
-    ~recorder() override { --alive; }
-
-    std::vector<std::string>& log_;
-    std::string name_;
-    action act_;
-};
-int recorder::alive = 0;
+        counted() { ++alive; }
+        ~counted() { --alive; }
+    };
+    return ixo_test::event_function::create(
+        [&log, name, act, c = std::make_shared<counted>()](ixo_object_ptr<ixo_event> e)
+        {
+            log.push_back(name + ":" + e->type_name().to_utf8());
+            if (act)
+                act(e);
+        });
+}
 
 ixo_object_ptr<ixo_event> idle()
 {
@@ -110,9 +94,9 @@ TEST(event_manager, dispatch_in_subscription_order)
 {
     std::vector<std::string> log;
     ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::create();
-    ixo_event_key k1 = m->subscribe(idle(), recorder::create(log, "first"));
-    ixo_event_key k2 = m->subscribe(idle(), recorder::create(log, "second"));
-    m->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "redraw"));
+    ixo_event_key k1 = m->subscribe(idle(), record(log, "first"));
+    ixo_event_key k2 = m->subscribe(idle(), record(log, "second"));
+    m->subscribe(ixo_event_request_redraw::create(), record(log, "redraw"));
     EXPECT_EQ(k1.get_type(), ixo_event_application_idle::static_type());
     EXPECT_GT(k2.get_serial(), k1.get_serial());
     EXPECT_FALSE(k1.is_empty());
@@ -133,12 +117,12 @@ TEST(event_manager, dispatch_in_subscription_order)
                                              "redraw:Request Redraw Event"}));
 
     // Bad subscriptions answer an empty key.
-    EXPECT_TRUE(m->subscribe(nullptr, recorder::create(log, "x")).is_empty());
+    EXPECT_TRUE(m->subscribe(nullptr, record(log, "x")).is_empty());
     EXPECT_TRUE(m->subscribe(idle(), nullptr).is_empty());
 
     // Serials are shared by every manager.
     ixo_object_ptr<ixo_event_manager> other = ixo_event_manager::create();
-    ixo_event_key k3 = other->subscribe(idle(), recorder::create(log, "x"));
+    ixo_event_key k3 = other->subscribe(idle(), record(log, "x"));
     EXPECT_GT(k3.get_serial(), k2.get_serial());
     EXPECT_FALSE(m->unsubscribe(k3));
 
@@ -149,7 +133,7 @@ TEST(event_manager, dispatch_in_subscription_order)
 
     // A payload subscription sees only events of its type about its payload.
     ixo_object_ptr<ixo_selection> a = ixo_selection::create();
-    m->subscribe(ixo_event_selection_changed::create(a), recorder::create(log, "a"));
+    m->subscribe(ixo_event_selection_changed::create(a), record(log, "a"));
     m->report(ixo_event_selection_changed::create(ixo_selection::create()));
     m->report(ixo_event_selection_changing::create(a));
     EXPECT_TRUE(log.empty());
@@ -161,9 +145,9 @@ TEST(event_manager, holding_queues_in_order)
 {
     std::vector<std::string> log;
     ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::create();
-    m->subscribe(idle(), recorder::create(log, "h"));
-    m->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "h"));
-    m->subscribe(ixo_event_direct3d_reset::create(), recorder::create(log, "h"));
+    m->subscribe(idle(), record(log, "h"));
+    m->subscribe(ixo_event_request_redraw::create(), record(log, "h"));
+    m->subscribe(ixo_event_direct3d_reset::create(), record(log, "h"));
 
     m->hold(true);
     m->hold(true); // a flag, not a count
@@ -183,9 +167,9 @@ TEST(event_manager, holding_queues_in_order)
     // A reset handler that starts holding again stops the emptying after its event.
     m = ixo_event_manager::create();
     m->subscribe(ixo_event_direct3d_reset::create(),
-                 recorder::create(log, "h", [&](auto) { m->hold(true); }));
-    m->subscribe(idle(), recorder::create(log, "h"));
-    m->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "h"));
+                 record(log, "h", [&](auto) { m->hold(true); }));
+    m->subscribe(idle(), record(log, "h"));
+    m->subscribe(ixo_event_request_redraw::create(), record(log, "h"));
 
     m->hold(true);
     m->report(ixo_event_direct3d_reset::create());
@@ -205,13 +189,13 @@ TEST(event_manager, holding_queues_in_order)
     // Holding and releasing inside a handler: each event is still dispatched once, in order.
     log.clear();
     ixo_object_ptr<ixo_event_manager> n = ixo_event_manager::create();
-    n->subscribe(idle(), recorder::create(log, "toggle",
-                                          [&](auto)
-                                          {
-                                              n->hold(true);
-                                              n->hold(false);
-                                          }));
-    n->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "r"));
+    n->subscribe(idle(), record(log, "toggle",
+                                [&](auto)
+                                {
+                                    n->hold(true);
+                                    n->hold(false);
+                                }));
+    n->subscribe(ixo_event_request_redraw::create(), record(log, "r"));
     n->hold(true);
     n->report(idle());
     n->report(ixo_event_request_redraw::create());
@@ -233,21 +217,20 @@ TEST(event_manager, holding_queues_in_order)
 TEST(event_manager, handlers_change_subscriptions_while_dispatching)
 {
     std::vector<std::string> log;
-    int const alive_before = recorder::alive;
+    int const alive_before = alive;
     {
         ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::create();
         ixo_event_key self_key, next_key;
         // Unsubscribes itself and the next record and subscribes a new one, in one dispatch.
-        self_key = m->subscribe(
-            idle(), recorder::create(log, "first",
-                                     [&](auto)
-                                     {
-                                         EXPECT_TRUE(m->unsubscribe(self_key));
-                                         EXPECT_TRUE(m->unsubscribe(next_key));
-                                         m->subscribe(idle(), recorder::create(log, "late"));
-                                     }));
-        next_key = m->subscribe(idle(), recorder::create(log, "second"));
-        m->subscribe(idle(), recorder::create(log, "third"));
+        self_key = m->subscribe(idle(), record(log, "first",
+                                               [&](auto)
+                                               {
+                                                   EXPECT_TRUE(m->unsubscribe(self_key));
+                                                   EXPECT_TRUE(m->unsubscribe(next_key));
+                                                   m->subscribe(idle(), record(log, "late"));
+                                               }));
+        next_key = m->subscribe(idle(), record(log, "second"));
+        m->subscribe(idle(), record(log, "third"));
 
         m->report(idle());
         EXPECT_EQ(log, (std::vector<std::string>{"first:Application Idle Event",
@@ -256,11 +239,11 @@ TEST(event_manager, handlers_change_subscriptions_while_dispatching)
         m->report(idle());
         EXPECT_EQ(log, (std::vector<std::string>{"third:Application Idle Event",
                                                  "late:Application Idle Event"}));
-        EXPECT_EQ(recorder::alive - alive_before, 2); // the two removed are gone
+        EXPECT_EQ(alive - alive_before, 2); // the two removed are gone
 
         // A handler that removes every subscription, including its own, while it runs.
         log.clear();
-        m->subscribe(idle(), recorder::create(log, "wipe", [&](auto) { m->unsubscribe_all(); }));
+        m->subscribe(idle(), record(log, "wipe", [&](auto) { m->unsubscribe_all(); }));
         m->report(idle());
         EXPECT_EQ(log.size(), 3u);
         log.clear();
@@ -268,17 +251,16 @@ TEST(event_manager, handlers_change_subscriptions_while_dispatching)
         EXPECT_TRUE(log.empty());
 
         // Reporting from inside a dispatch dispatches the inner event at once.
-        m->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "redraw"));
-        m->subscribe(idle(), recorder::create(log, "outer",
-                                              [&](auto)
-                                              { m->report(ixo_event_request_redraw::create()); }));
-        m->subscribe(idle(), recorder::create(log, "after"));
+        m->subscribe(ixo_event_request_redraw::create(), record(log, "redraw"));
+        m->subscribe(idle(), record(log, "outer",
+                                    [&](auto) { m->report(ixo_event_request_redraw::create()); }));
+        m->subscribe(idle(), record(log, "after"));
         m->report(idle());
         EXPECT_EQ(log, (std::vector<std::string>{"outer:Application Idle Event",
                                                  "redraw:Request Redraw Event",
                                                  "after:Application Idle Event"}));
     }
-    EXPECT_EQ(recorder::alive, alive_before);
+    EXPECT_EQ(alive, alive_before);
 }
 
 TEST(event_manager, application_event_manager)
@@ -291,7 +273,7 @@ TEST(event_manager, application_event_manager)
     ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::get_app_event_manager();
     ASSERT_TRUE(m);
     EXPECT_EQ(m, ixo_application::instance()->get_event_manager());
-    m->subscribe(ixo_event_request_redraw::create(), recorder::create(log, "view"));
+    m->subscribe(ixo_event_request_redraw::create(), record(log, "view"));
     ixo_request_redraw();
     ixo_request_redraw();
     EXPECT_EQ(log.size(), 2u);
@@ -307,12 +289,12 @@ TEST(event_manager, application_event_manager)
     ixo_object_ptr<ixo_selection> s = ixo_selection::create();
     m = ixo_event_manager::get_app_event_manager();
     m->subscribe(ixo_event_selection_changing::create(s),
-                 recorder::create(log, "ender", [](auto) { ixo_application::end(); }));
-    m->subscribe(ixo_event_selection_changing::create(s), recorder::create(log, "later"));
-    m->subscribe(ixo_event_selection_changed::create(s), recorder::create(log, "after"));
+                 record(log, "ender", [](auto) { ixo_application::end(); }));
+    m->subscribe(ixo_event_selection_changing::create(s), record(log, "later"));
+    m->subscribe(ixo_event_selection_changed::create(s), record(log, "after"));
     m = nullptr;
     s->remove_all();
     EXPECT_EQ(ixo_application::instance(), nullptr);
     EXPECT_EQ(log, std::vector<std::string>{"ender:Selection Changing Event"});
-    EXPECT_EQ(recorder::alive, 0);
+    EXPECT_EQ(alive, 0);
 }
