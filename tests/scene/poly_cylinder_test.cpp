@@ -46,7 +46,7 @@ double angle_at(const ixo_scene_poly_cylinder& p, int i)
 }
 } // namespace
 
-TEST(poly_cylinder, one_sample_is_a_circle_of_100_steps)
+TEST(poly_cylinder, one_sample_is_a_circle_and_two_blend_over_50_steps_each)
 {
     auto p = tube({{0, 2}});
     EXPECT_EQ(p->get_vertex_count(), 200);
@@ -68,12 +68,9 @@ TEST(poly_cylinder, one_sample_is_a_circle_of_100_steps)
     }
     EXPECT_FLOAT_EQ(b.minimum()[2], -1);
     EXPECT_FLOAT_EQ(b.maximum()[2], 1);
-}
 
-TEST(poly_cylinder, two_samples_blend_over_50_steps_each)
-{
-    // 0 deg r 1, 90 deg r 3: half-way along either segment the blend gives 2.
-    auto p = tube({{90, 3}, {0, 1}});
+    // 0 deg r 1, 90 deg r 3, 50 steps each: half-way along either segment the blend gives 2.
+    p = tube({{90, 3}, {0, 1}});
     EXPECT_EQ(p->get_vertex_count(), 200);
     EXPECT_EQ(p->get_polygon_primitive_count(), 4);
     EXPECT_NEAR(radius_at(*p, 0), 1, 1e-5);

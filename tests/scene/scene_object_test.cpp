@@ -21,7 +21,7 @@ ixo_box3<float> cube(float lo, float hi)
 }
 } // namespace
 
-TEST(scene_object, defaults_and_property_range)
+TEST(scene_object, defaults_property_range_and_flashing)
 {
     auto o = ixo_scene_object::create();
     EXPECT_EQ(o->type_name(), ixo_string(IXO_TEXT("Generic Object")));
@@ -54,6 +54,27 @@ TEST(scene_object, defaults_and_property_range)
         ::testing::ThrowsMessage<std::out_of_range>(::testing::HasSubstr("invalid bitset")));
     EXPECT_THROW(o->get_property(static_cast<prop>(40)), std::out_of_range);
     EXPECT_THROW(o->get_property(static_cast<prop>(-1)), std::out_of_range);
+
+    // Flashing alternates the two flash colours only with a positive period.
+    o = ixo_scene_object::create();
+    color const own(10, 20, 30, 40);
+    o->set_color(own);
+    o->flash();
+    EXPECT_EQ(o->get_color(), own);
+    o->set_flash_time(0);
+    o->flash();
+    EXPECT_EQ(o->get_color(), own);
+
+    o->set_flash_time(500);
+    o->set_flash_color(color(1, 2, 3, 4));
+    o->set_flash_color1(color(5, 6, 7, 8));
+    o->flash();
+    EXPECT_EQ(o->get_color(), color(1, 2, 3, 4));
+    o->flash();
+    EXPECT_EQ(o->get_color(), color(5, 6, 7, 8));
+    o->flash();
+    EXPECT_EQ(o->get_color(), color(1, 2, 3, 4));
+    EXPECT_EQ(o->get_flash_time(), 500);
 }
 
 TEST(scene_object, inherited_attributes_follow_the_parent_only_when_asked)
@@ -107,29 +128,6 @@ TEST(scene_object, inherited_attributes_follow_the_parent_only_when_asked)
     EXPECT_TRUE(leaf->get_actual_visible());
     EXPECT_TRUE(leaf->get_actual_depth_write());
     EXPECT_FALSE(leaf->get_actual_depth_test());
-}
-
-TEST(scene_object, flash_alternates_only_with_a_positive_period)
-{
-    auto o = ixo_scene_object::create();
-    color const own(10, 20, 30, 40);
-    o->set_color(own);
-    o->flash();
-    EXPECT_EQ(o->get_color(), own);
-    o->set_flash_time(0);
-    o->flash();
-    EXPECT_EQ(o->get_color(), own);
-
-    o->set_flash_time(500);
-    o->set_flash_color(color(1, 2, 3, 4));
-    o->set_flash_color1(color(5, 6, 7, 8));
-    o->flash();
-    EXPECT_EQ(o->get_color(), color(1, 2, 3, 4));
-    o->flash();
-    EXPECT_EQ(o->get_color(), color(5, 6, 7, 8));
-    o->flash();
-    EXPECT_EQ(o->get_color(), color(1, 2, 3, 4));
-    EXPECT_EQ(o->get_flash_time(), 500);
 }
 
 TEST(scene_object, bounds_and_total_transform)
