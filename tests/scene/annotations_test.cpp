@@ -20,7 +20,7 @@ bool is_point_at_origin(const ixo_box3<float>& b)
 }
 } // namespace
 
-TEST(annotations, types_defaults_and_bounds)
+TEST(annotations, types_defaults_bounds_and_overlay_outline)
 {
     auto text = ixo_scene_text::create(IXO_TEXT("shaft"));
     auto legend = ixo_scene_legend::create(IXO_TEXT("stress"));
@@ -84,6 +84,15 @@ TEST(annotations, types_defaults_and_bounds)
     }
     EXPECT_EQ(overlay->get_vertex_buffer(), nullptr);
     EXPECT_TRUE(label->get_title_box().empty());
+
+    // The overlay's outline takes the opposite luminance: blue is dark (29), green light (150).
+    EXPECT_EQ(overlay->get_outline_color(), color(255, 255, 255, 255));
+    overlay->set_color(color(255, 255, 0, 60));
+    EXPECT_EQ(overlay->get_outline_color(), color(0, 0, 0, 255));
+    overlay->set_color(color(0, 0, 255, 255));
+    EXPECT_EQ(overlay->get_outline_color(), color(255, 255, 255, 255));
+    overlay->set_color(color(0, 255, 0, 255));
+    EXPECT_EQ(overlay->get_outline_color(), color(0, 0, 0, 255));
 }
 
 TEST(annotations, legend_update_rules_and_segment_table)
@@ -179,17 +188,4 @@ TEST(annotations, label_lines_flags_and_frames)
     // No resize border before the first draw, nor with auto size on.
     label->auto_size(false);
     EXPECT_EQ(label->need_resize(0, 0), 0);
-}
-
-TEST(annotations, overlay_outline_takes_the_opposite_luminance)
-{
-    auto overlay = ixo_scene_overlay_rectangle::create();
-    EXPECT_EQ(overlay->get_outline_color(), color(255, 255, 255, 255));
-    overlay->set_color(color(255, 255, 0, 60));
-    EXPECT_EQ(overlay->get_outline_color(), color(0, 0, 0, 255));
-    // Pure blue is dark (luminance 29), pure green light (150).
-    overlay->set_color(color(0, 0, 255, 255));
-    EXPECT_EQ(overlay->get_outline_color(), color(255, 255, 255, 255));
-    overlay->set_color(color(0, 255, 0, 255));
-    EXPECT_EQ(overlay->get_outline_color(), color(0, 0, 0, 255));
 }

@@ -20,7 +20,7 @@ using ixo_test::box_is;
 using ixo_test::near;
 } // namespace
 
-TEST(shaft, straight_shaft_of_three_rings)
+TEST(shaft, three_rings_straight_twisted_and_deflected)
 {
     auto s = ixo_scene_shaft::create(8, 4, 3);
     ASSERT_TRUE(s);
@@ -41,11 +41,8 @@ TEST(shaft, straight_shaft_of_three_rings)
         << "sector 2, facet 3";
     EXPECT_TRUE(near(v[40].position, v3(0, 1, 0.5f))) << "ring 1";
     EXPECT_TRUE(near(v[10].normal, v3(1, 0, 0))) << "normal";
-}
 
-TEST(shaft, torsion_and_deflection_are_exaggerated_by_their_scales)
-{
-    auto s = ixo_scene_shaft::create(8, 4, 3);
+    // Torsion and deflection are exaggerated by their scales.
     ASSERT_TRUE(s->set_ring_info(1, 10, 0, 0));
     s->set_torsion_scale(2);
     // Ring 1 is turned by 20 degrees.
