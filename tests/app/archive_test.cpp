@@ -47,7 +47,7 @@ protected:
 
 } // namespace
 
-TEST_F(archive_test, open_fails_cleanly)
+TEST_F(archive_test, open_fails_cleanly_and_takes_utf8_paths)
 {
     EXPECT_EQ(ixo_archive::open(wide("missing/dir/file.bin"), ixo_archive::mode_write), nullptr);
     EXPECT_EQ(ixo_archive::open(wide("absent.bin"), ixo_archive::mode_read), nullptr);
@@ -63,6 +63,13 @@ TEST_F(archive_test, open_fails_cleanly)
     // A directory cannot be opened as a file.
     EXPECT_EQ(ixo_archive::open(ixo_string::from_utf8(dir_.string()), ixo_archive::mode_write),
               nullptr);
+
+    // Paths are UTF-8 on disk.
+    auto archive =
+        ixo_archive::open(wide("rotor_\xC3\xA9_\xE2\x82\xAC.bin"), ixo_archive::mode_write);
+    ASSERT_NE(archive, nullptr);
+    archive = nullptr;
+    EXPECT_TRUE(fs::exists(path("rotor_\xC3\xA9_\xE2\x82\xAC.bin")));
 }
 
 TEST_F(archive_test, write_truncates_and_read_stops_at_the_end)
@@ -135,15 +142,6 @@ TEST_F(archive_test, bad_arguments_answer_false)
     EXPECT_FALSE(odd->write(1, &byte));
     char c = 0;
     EXPECT_FALSE(odd->read(1, &c));
-}
-
-TEST_F(archive_test, paths_are_utf8_on_disk)
-{
-    auto archive =
-        ixo_archive::open(wide("rotor_\xC3\xA9_\xE2\x82\xAC.bin"), ixo_archive::mode_write);
-    ASSERT_NE(archive, nullptr);
-    archive = nullptr;
-    EXPECT_TRUE(fs::exists(path("rotor_\xC3\xA9_\xE2\x82\xAC.bin")));
 }
 
 TEST(archive_manager, packet_operations_are_empty)

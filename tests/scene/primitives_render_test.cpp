@@ -45,7 +45,7 @@ int references(IUnknown* p)
 }
 } // namespace
 
-TEST_F(primitives_render, solids_cover_their_outlines)
+TEST_F(primitives_render, solids_and_planes_cover_their_outlines)
 {
     // A 2 x 1 box face-on: 40 x 20 pixels, centred.
     auto box = ixo_scene_box::create(2, 1, 3);
@@ -86,10 +86,8 @@ TEST_F(primitives_render, solids_cover_their_outlines)
     };
     EXPECT_NEAR(row_width(-0.4f), 36, 3);
     EXPECT_NEAR(row_width(0.4f), 4, 3);
-}
 
-TEST_F(primitives_render, plane_shows_from_the_side_its_normal_points_to)
-{
+    // A plane shows from the side its normal points to.
     auto front = ixo_scene_plane::create(ixo_plane<float>(v3(0, 0, 0), v3(0, 0, 1)), 2, 1);
     ASSERT_NE(front->get_vertex_buffer(), nullptr);
     EXPECT_EQ(coverage(front), 800);
@@ -102,7 +100,7 @@ TEST_F(primitives_render, plane_shows_from_the_side_its_normal_points_to)
     auto moved = ixo_scene_plane::create(ixo_plane<float>(v3(1, 1.5f, 0), v3(0, 0, 1)), 1, 2);
     scene->get_root()->add_child(front);
     scene->get_root()->add_child(moved);
-    auto img = draw(true);
+    img = draw(true);
     EXPECT_EQ(count_id(img, moved->id()), 20 * 40);
     EXPECT_EQ(count_id(img, front->id()), 800);
     EXPECT_EQ(id_at(img, col(1.4f), row(2.4f)), moved->id());
