@@ -209,25 +209,32 @@ TEST(scene, passes_without_device_and_reset_forwarding)
 TEST(scene_draw_data, pass_bits_are_independent)
 {
     using d = ixo_scene_draw_data;
-    void (d::*const set[])(bool) = {&d::set_background,      &d::set_foreground,
-                                    &d::set_transparent,     &d::set_mapping,
-                                    &d::set_mapping_shadows, &d::set_draw_mapped_shadows};
-    bool (d::*const get[])()
-        const = {&d::do_background, &d::do_foreground,      &d::do_transparent,
-                 &d::do_mapping,    &d::do_mapping_shadows, &d::do_draw_mapped_shadows};
+    struct bit
+    {
+        void (*set)(d&, bool);
+        bool (*get)(const d&);
+    };
+#define IXO_BIT(name)                                                                              \
+    {                                                                                              \
+        [](d& x, bool on) { x.set_##name(on); }, [](const d& x) { return x.do_##name(); }          \
+    }
+    bit const bits[] = {IXO_BIT(background),      IXO_BIT(foreground),
+                        IXO_BIT(transparent),     IXO_BIT(mapping),
+                        IXO_BIT(mapping_shadows), IXO_BIT(draw_mapped_shadows)};
+#undef IXO_BIT
     for (int i = 0; i < 6; ++i)
     {
         d on;
-        (on.*set[i])(true);
+        bits[i].set(on, true);
         d const copy(on);
         d assigned;
         assigned = on;
-        (on.*set[i])(false);
+        bits[i].set(on, false);
         for (int j = 0; j < 6; ++j)
         {
-            EXPECT_EQ((copy.*get[j])(), i == j) << "set " << i << ", asked " << j;
-            EXPECT_EQ((assigned.*get[j])(), i == j) << "set " << i << ", asked " << j;
-            EXPECT_FALSE((on.*get[j])()) << "cleared " << i << ", asked " << j;
+            EXPECT_EQ(bits[j].get(copy), i == j) << "set " << i << ", asked " << j;
+            EXPECT_EQ(bits[j].get(assigned), i == j) << "set " << i << ", asked " << j;
+            EXPECT_FALSE(bits[j].get(on)) << "cleared " << i << ", asked " << j;
         }
     }
 }
