@@ -33,26 +33,11 @@ protected:
         tool = ixo_selection_tool::create(selection);
     }
 
-    void TearDown() override
-    {
-        tool = nullptr;
-        a = b = nullptr;
-        selection = nullptr;
-        tool_view_test::TearDown();
-    }
-
     bool click(int x, int y, bool m1 = false, bool m2 = false)
     {
         EXPECT_FALSE(tool->on_mouse_down(view, x, y, m1, m2));
         return tool->on_mouse_up(view, x, y, m1, m2);
     }
-    bool band(int x0, int y0, int x1, int y1, bool m2 = false)
-    {
-        EXPECT_FALSE(tool->on_mouse_down(view, x0, y0, false, m2));
-        EXPECT_TRUE(tool->on_mouse_drag(view, x1, y1, false, m2));
-        return tool->on_mouse_up(view, x1, y1, false, m2);
-    }
-    bool selected(const ixo_object_ptr<ixo_scene_box>& box) { return box->is_selected(); }
 
     ixo_object_ptr<ixo_selection> selection;
     ixo_object_ptr<ixo_scene_box> a, b;
@@ -73,20 +58,20 @@ TEST_F(selection_tool_test, object_in_point_reads_the_pixel_under_the_pointer)
 TEST_F(selection_tool_test, clicks_select_toggle_and_clear)
 {
     EXPECT_TRUE(click(44, 50));
-    EXPECT_TRUE(selected(a));
+    EXPECT_TRUE(a->is_selected());
     EXPECT_EQ(selection->get_count(), 1);
     // A plain click replaces the selection, a modifier2 click toggles.
     EXPECT_TRUE(click(156, 50));
-    EXPECT_FALSE(selected(a));
-    EXPECT_TRUE(selected(b));
+    EXPECT_FALSE(a->is_selected());
+    EXPECT_TRUE(b->is_selected());
     EXPECT_TRUE(click(44, 50, false, true));
     EXPECT_EQ(selection->get_count(), 2);
     EXPECT_TRUE(click(156, 50, false, true));
-    EXPECT_FALSE(selected(b));
-    EXPECT_TRUE(selected(a));
+    EXPECT_FALSE(b->is_selected());
+    EXPECT_TRUE(a->is_selected());
     // modifier1 abandons the gesture.
     EXPECT_FALSE(click(100, 50, true, false));
-    EXPECT_TRUE(selected(a));
+    EXPECT_TRUE(a->is_selected());
     // Empty space without modifier2 clears.
     EXPECT_TRUE(click(100, 50));
     EXPECT_TRUE(selection->is_empty());
@@ -107,7 +92,7 @@ TEST_F(selection_tool_test, rubber_band_adds_each_object_once_and_toggles)
     EXPECT_EQ(rectangle->get_rectangle().minimum(), ixo_vector2<float>(30, 48));
     EXPECT_EQ(rectangle->get_rectangle().maximum(), ixo_vector2<float>(170, 52));
     EXPECT_TRUE(tool->on_mouse_up(view, 170, 52, false, false));
-    EXPECT_TRUE(selected(a) && selected(b));
+    EXPECT_TRUE(a->is_selected() && b->is_selected());
     EXPECT_EQ(counter->count, 3);
     EXPECT_EQ(rectangle->get_parent(), nullptr);
     EXPECT_EQ(tool->get_rectangle(), nullptr);
@@ -115,13 +100,13 @@ TEST_F(selection_tool_test, rubber_band_adds_each_object_once_and_toggles)
 
     // Toggling a selected and an unselected object swaps them.
     EXPECT_TRUE(click(156, 50, false, true));
-    ASSERT_TRUE(selected(a) && !selected(b));
-    EXPECT_TRUE(band(170, 40, 30, 60, true));
-    EXPECT_FALSE(selected(a));
-    EXPECT_TRUE(selected(b));
+    ASSERT_TRUE(a->is_selected() && !b->is_selected());
+    EXPECT_TRUE(ixo_test::gesture(*tool, view, 170, 40, 30, 60, false, true));
+    EXPECT_FALSE(a->is_selected());
+    EXPECT_TRUE(b->is_selected());
 
     // A band reaching far outside the view reads only the view, and still finds both.
-    EXPECT_TRUE(band(-1000000, -1000000, 1000000, 1000000));
+    EXPECT_TRUE(ixo_test::gesture(*tool, view, -1000000, -1000000, 1000000, 1000000));
     EXPECT_EQ(selection->get_count(), 2);
     events->unsubscribe(key);
 }
