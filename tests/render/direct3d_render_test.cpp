@@ -17,10 +17,24 @@
 namespace
 {
 constexpr const char* child_variable = "IXO_DIRECT3D_TEST_ANSWER";
+constexpr const char* paths_variable = "IXO_RESOURCE_MANAGER_TEST_ANSWER";
 
-// Child mode: start the library headless wherever this copy lies and report the code.
+std::string native(const ixo_string& s)
+{
+    return ixo_native_path(s.c_str());
+}
+
+// Child mode, wherever this copy lies: start the library headless and report the code, or
+// report the resource manager's folder and effect path.
 [[maybe_unused]] const bool child_mode = []
 {
+    if (const char* answer = std::getenv(paths_variable))
+    {
+        ixo_object_ptr<ixo_resource_manager> resources = ixo_resource_manager::create();
+        std::ofstream(answer) << native(resources->get_exe_path()) << "\n"
+                              << native(resources->get_full_path(IXO_TEXT("ixo_default.fx")));
+        _exit(0);
+    }
     if (const char* answer = std::getenv(child_variable))
     {
         int const code = ixo_application::start(nullptr);
@@ -283,4 +297,30 @@ TEST(Direct3D, ResetReachesEveryDocumentsScene)
     EXPECT_TRUE(ixo_application::instance()->get_direct3d()->reset());
     // Scenes release before the resetting event and rebuild before the reset event.
     EXPECT_EQ(scenes.take(), "pre scene pre scene resetting post scene post scene reset");
+}
+
+TEST(ResourceManager, PathsFollowTheExecutable)
+{
+    ixo_object_ptr<ixo_resource_manager> resources = ixo_resource_manager::create();
+    std::string const folder =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
+    EXPECT_EQ(native(resources->get_exe_path()), folder);
+    EXPECT_EQ(native(resources->get_full_path(IXO_TEXT("ixo_default.fx"))),
+              folder + "/Media/ixo_default.fx");
+    EXPECT_EQ(native(resources->get_full_path(IXO_TEXT(""))), folder + "/Media/");
+}
+
+TEST(ResourceManager, ExecutableElsewhereAndBeyondTheFirstBuffer)
+{
+    ixo_test::temp_folder temp;
+    ASSERT_FALSE(temp.path.empty());
+    // The second path is longer than the first 256-character buffer: it is read in full on
+    // the second try.
+    std::filesystem::path deep = temp.path;
+    for (int i = 0; i < 30; ++i)
+        deep /= "folder_" + std::to_string(i);
+    ASSERT_GT(deep.string().size(), 256u);
+    for (std::filesystem::path const& folder : {temp.path / "a" / "b", deep})
+        EXPECT_EQ(ixo_test::run_copy(folder / "host", paths_variable),
+                  folder.string() + "\n" + folder.string() + "/Media/ixo_default.fx");
 }

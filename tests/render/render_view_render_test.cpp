@@ -79,7 +79,8 @@ protected:
         ASSERT_NE(manager, nullptr);
         scene = ixo_scene::create();
     }
-    void TearDown() override
+    // A destructor rather than TearDown, so what a derived fixture holds is gone first.
+    ~render_view_test() override
     {
         box = nullptr;
         view = nullptr;
@@ -431,8 +432,7 @@ protected:
         light->set_position(-6, 10, 0);
         ASSERT_TRUE(light->compute_shadow_matrices(scene->get_bounds()));
         scene->add_light(light);
-        view = manager->create();
-        ASSERT_TRUE(view->initialize(nullptr, view_w, view_h, scene));
+        make_view(false);
         camera = view->get_camera();
         camera->use_perspective(true);
         camera->set_eye(ixo_vector3<float>(0, 12, 0));
@@ -442,13 +442,6 @@ protected:
         // The scene light alone, so that its shadow stands out.
         camera->use_light(false);
     }
-    void TearDown() override
-    {
-        light = nullptr;
-        camera = nullptr;
-        render_view_test::TearDown();
-    }
-
     rgb floor_at(const rgba_image& image, float x, float z)
     {
         ixo_vector2<float> const p = camera->pixel_from_point(ixo_vector3<float>(x, 0, z));
