@@ -1,15 +1,10 @@
+#include "events/event_probe.h"
 #include "tools/tool_view.h"
+
+#include <memory>
 
 namespace
 {
-// Counts selection-changed events.
-class change_counter : public ixo_event_handler
-{
-public:
-    void on_event(ixo_object_ptr<ixo_event>) override { ++count; }
-    int count = 0;
-};
-
 // Two unit boxes seen from (0, 0, 10), orthographic: 200 pixels span 2 · tan(15°) · 10 ·
 // 2 ≈ 10.72 units, so a box at x = ∓3 covers about columns 35..53 (a) and 147..165 (b),
 // rows 41..59, and the centre column 100 is empty.
@@ -80,8 +75,10 @@ TEST_F(selection_tool_test, clicks_select_toggle_and_clear)
 TEST_F(selection_tool_test, rubber_band_adds_each_object_once_and_toggles)
 {
     auto events = ixo_event_manager::get_app_event_manager();
-    ixo_object_ptr<change_counter> counter(new change_counter);
-    ixo_event_key key = events->subscribe(ixo_event_selection_changed::create(selection), counter);
+    auto changes = std::make_shared<int>(0); // outlives the test if it stops early
+    ixo_event_key key =
+        events->subscribe(ixo_event_selection_changed::create(selection),
+                          ixo_test::event_function::create([changes](auto) { ++*changes; }));
 
     // Through both boxes and the space between: emptied once, each box added once.
     EXPECT_FALSE(tool->on_mouse_down(view, 30, 48, false, false));
@@ -93,7 +90,7 @@ TEST_F(selection_tool_test, rubber_band_adds_each_object_once_and_toggles)
     EXPECT_EQ(rectangle->get_rectangle().maximum(), ixo_vector2<float>(170, 52));
     EXPECT_TRUE(tool->on_mouse_up(view, 170, 52, false, false));
     EXPECT_TRUE(a->is_selected() && b->is_selected());
-    EXPECT_EQ(counter->count, 3);
+    EXPECT_EQ(*changes, 3);
     EXPECT_EQ(rectangle->get_parent(), nullptr);
     EXPECT_EQ(tool->get_rectangle(), nullptr);
     EXPECT_EQ(scene->get_root()->get_num_children(), 2);
