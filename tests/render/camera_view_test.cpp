@@ -4,10 +4,10 @@
 
 #include <cmath>
 #include <numbers>
+#include <tuple>
 
 namespace
 {
-
 using v3 = ixo_vector3<float>;
 using v2 = ixo_vector2<float>;
 using camera_ptr = ixo_object_ptr<ixo_camera_view>;
@@ -38,6 +38,13 @@ void expect_frame(const ixo_camera_view& camera, const v3& eye, const v3& focus,
     expect_near(camera.get_up(), up, tolerance);
 }
 
+// Field of view, near, far, width, height, perspective, head light on, dynamic.
+auto settings(const ixo_camera_view& c)
+{
+    return std::tuple(c.get_fov(), c.get_near(), c.get_far(), c.get_width(), c.get_height(),
+                      c.using_perspective(), c.using_light(), c.is_dynamic());
+}
+
 camera_ptr camera_800x600()
 {
     camera_ptr camera = ixo_camera_view::create();
@@ -52,21 +59,13 @@ void expect_orthonormal_up(const ixo_camera_view& camera)
     EXPECT_NEAR(camera.get_up().length(), 1.0f, 1e-5f);
     EXPECT_NEAR(camera.get_up() * back, 0.0f, 1e-5f);
 }
-
 } // namespace
 
 TEST(camera_view, defaults_copy_and_frustum)
 {
     camera_ptr camera = ixo_camera_view::create();
-    EXPECT_EQ(camera->get_fov(), 30.0f);
+    EXPECT_EQ(settings(*camera), std::tuple(30.0f, 0.5f, 200.0f, 0, 0, false, true, false));
     expect_frame(*camera, v3(0, 0, 10), v3(0, 0, 0), v3(0, 1, 0), 0.0f);
-    EXPECT_EQ(camera->get_near(), 0.5f);
-    EXPECT_EQ(camera->get_far(), 200.0f);
-    EXPECT_EQ(camera->get_width(), 0);
-    EXPECT_EQ(camera->get_height(), 0);
-    EXPECT_FALSE(camera->using_perspective());
-    EXPECT_TRUE(camera->using_light());
-    EXPECT_FALSE(camera->is_dynamic());
     ASSERT_NE(camera->get_light(), nullptr);
     EXPECT_EQ(camera->get_light()->get_index(), 0);
 
@@ -86,13 +85,8 @@ TEST(camera_view, defaults_copy_and_frustum)
     camera->set_dynamic(true);
     camera->set_fov(45.0f);
     *other = *camera;
-    EXPECT_EQ(other->get_width(), 800);
-    EXPECT_EQ(other->get_height(), 600);
+    EXPECT_EQ(settings(*other), std::tuple(45.0f, 0.5f, 200.0f, 800, 600, true, false, true));
     EXPECT_EQ(other->get_eye(), v3(0, 0, 10));
-    EXPECT_EQ(other->get_fov(), 45.0f);
-    EXPECT_TRUE(other->using_perspective());
-    EXPECT_FALSE(other->using_light());
-    EXPECT_TRUE(other->is_dynamic());
     EXPECT_EQ(other->get_light(), camera->get_light());
     // The shared light outlives the camera it came from.
     camera.reset();
