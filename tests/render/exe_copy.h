@@ -1,9 +1,7 @@
 #pragma once
-// Runs this test program again from a copy placed elsewhere, so code that locates files
-// beside the running executable can be tested against folders the test lays out. The copy
-// runs in "child mode": a file-scope object of the test sees the environment variable,
-// does its work, writes its answer to the file the variable names and exits before any
-// test runs.
+// Runs this test program again from a copy placed elsewhere, so code that finds files beside
+// the executable meets folders the test lays out. The copy's file-scope "child mode" object
+// sees the variable, writes its answer to the file it names and exits before any test runs.
 
 #include <cstdlib>
 #include <filesystem>
