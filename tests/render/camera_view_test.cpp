@@ -45,10 +45,10 @@ auto settings(const ixo_camera_view& c)
                       c.using_perspective(), c.using_light(), c.is_dynamic());
 }
 
-camera_ptr camera_800x600()
+camera_ptr camera_sized(int width = 800, int height = 600)
 {
     camera_ptr camera = ixo_camera_view::create();
-    camera->resize(800, 600);
+    camera->resize(width, height);
     return camera;
 }
 
@@ -96,7 +96,7 @@ TEST(camera_view, defaults_copy_and_frustum)
 
 TEST(camera_view, pixels_and_points)
 {
-    camera_ptr camera = camera_800x600();
+    camera_ptr camera = camera_sized();
     const float hw = 3.572656f;
     const float hh = 2.679492f;
     expect_near(camera->point_from_pixel(400, 300), v3(0, 0, 0));
@@ -149,7 +149,7 @@ TEST(camera_view, pixels_and_points)
 
 TEST(camera_view, pan)
 {
-    camera_ptr camera = camera_800x600();
+    camera_ptr camera = camera_sized();
     // A drag across the full width shifts by the full visible width, against the drag.
     camera->move(800, 0);
     expect_frame(*camera, v3(-2.0f * 3.572656f, 0, 10), v3(-2.0f * 3.572656f, 0, 0), v3(0, 1, 0));
@@ -173,22 +173,22 @@ TEST(camera_view, pan)
 
 TEST(camera_view, rotations)
 {
-    camera_ptr camera = camera_800x600();
+    camera_ptr camera = camera_sized();
     camera->rotate_horizontally(pi / 2);
     expect_frame(*camera, v3(10, 0, 0), v3(0, 0, 0), v3(0, 1, 0));
 
-    camera = camera_800x600();
+    camera = camera_sized();
     // About the right axis (1, 0, 0): the eye goes over the top and up turns to -z.
     camera->rotate_vertically(pi / 2);
     expect_frame(*camera, v3(0, 10, 0), v3(0, 0, 0), v3(0, 0, -1));
 
-    camera = camera_800x600();
+    camera = camera_sized();
     camera->rotate_around(pi / 2);
     expect_near(camera->get_up(), v3(-1, 0, 0));
     EXPECT_EQ(camera->get_eye(), v3(0, 0, 10));
 
     // The identity quaternion leaves the frame alone, except that up is made orthonormal.
-    camera = camera_800x600();
+    camera = camera_sized();
     camera->set_up(v3(0, 2, 2));
     camera->rotate_view(ixo_quaternion<float>());
     expect_frame(*camera, v3(0, 0, 10), v3(0, 0, 0), v3(0, 1, 0));
@@ -220,7 +220,7 @@ TEST(camera_view, rotations)
 
 TEST(camera_view, orientation)
 {
-    camera_ptr camera = camera_800x600();
+    camera_ptr camera = camera_sized();
     camera->set_focus(v3(1, 1, 1));
     camera->set_eye(v3(5, 3, -2));
     camera->set_up(v3(0, 1, 0));
@@ -233,7 +233,7 @@ TEST(camera_view, orientation)
     expect_near(camera->get_up(), up);
 
     // A quarter turn about +y puts the eye on -x: the back vector is row 2 of the matrix.
-    camera = camera_800x600();
+    camera = camera_sized();
     const ixo_quaternion<float> q(pi / 2, v3(0, 1, 0));
     camera->set_orientation(q);
     expect_frame(*camera, v3(-10, 0, 0), v3(0, 0, 0), v3(0, 1, 0));
@@ -243,7 +243,7 @@ TEST(camera_view, orientation)
 
 TEST(camera_view, matrices)
 {
-    camera_ptr camera = camera_800x600();
+    camera_ptr camera = camera_sized();
     // Left-handed look-at: x = up x f = (-1, 0, 0), y = (0, 1, 0), f = (0, 0, -1).
     const ixo_matrix44<float> view = camera->get_view_matrix();
     const ixo_matrix44<float> expected_view(
@@ -282,7 +282,7 @@ TEST(camera_view, matrices)
 
 TEST(camera_view, near_far_to_box)
 {
-    camera_ptr camera = camera_800x600();
+    camera_ptr camera = camera_sized();
     // In front of the eye: distances 9 and 11 along the view direction.
     EXPECT_TRUE(camera->near_far_to_box(ixo_box3<float>(v3(-1, -1, -1), v3(1, 1, 1))));
     EXPECT_NEAR(camera->get_near(), 8.1f, 1e-5f);
@@ -304,8 +304,7 @@ TEST(camera_view, near_far_to_box)
 TEST(camera_view, view_to_box)
 {
     // View all on the unit cube from the default camera with a square viewport.
-    camera_ptr camera = ixo_camera_view::create();
-    camera->resize(400, 400);
+    camera_ptr camera = camera_sized(400, 400);
     camera->set_fov(50.0f);
     const ixo_box3<float> cube(v3(-1, -1, -1), v3(1, 1, 1));
     EXPECT_TRUE(camera->view_to_box(cube));
@@ -324,8 +323,7 @@ TEST(camera_view, view_to_box)
     EXPECT_NEAR(camera->get_eye()[2], 3.9187f, 1e-4f);
 
     // A wide box in a wide viewport: the horizontal extent decides, divided by the aspect.
-    camera = ixo_camera_view::create();
-    camera->resize(800, 400);
+    camera = camera_sized(800, 400);
     EXPECT_TRUE(camera->view_to_box(ixo_box3<float>(v3(-4, -1, -1), v3(4, 1, 1))));
     expect_near(camera->get_eye(), v3(0, 0, 1.05f * 4.0f * cot15 / 2.0f));
     // Every corner is then inside the picture.
@@ -337,8 +335,7 @@ TEST(camera_view, view_to_box)
     }
 
     // The viewing direction is kept: a slanted camera backs off along its own axis.
-    camera = ixo_camera_view::create();
-    camera->resize(300, 300);
+    camera = camera_sized(300, 300);
     camera->set_eye(v3(10, 10, 10));
     camera->set_up(v3(0, 0, 1));
     EXPECT_TRUE(camera->view_to_box(ixo_box3<float>(v3(4, -1, -1), v3(6, 1, 1))));
@@ -348,8 +345,7 @@ TEST(camera_view, view_to_box)
     EXPECT_EQ(camera->get_up(), v3(0, 0, 1));
 
     // A box of no size is looked at from the minimum distance, leaving a usable frame.
-    camera = ixo_camera_view::create();
-    camera->resize(300, 300);
+    camera = camera_sized(300, 300);
     EXPECT_TRUE(camera->view_to_box(ixo_box3<float>(v3(1, 2, 3), v3(1, 2, 3))));
     expect_near(camera->get_focus(), v3(1, 2, 3));
     expect_near(camera->get_eye(), v3(1, 2, 3 + ixo_camera_view::m_distance));
