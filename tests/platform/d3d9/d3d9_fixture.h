@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <vector>
 
 struct ixo_test_pixel
@@ -77,6 +78,22 @@ protected:
         }
     }
 
+    // Clears the whole target (and, by the flags, the depth buffer) to one colour.
+    void clear(D3DCOLOR colour = 0xff000000, DWORD flags = D3DCLEAR_TARGET)
+    {
+        EXPECT_EQ(device->Clear(0, nullptr, flags, colour, 1.f, 0), D3D_OK);
+    }
+
+    // Clears, runs `draw` between BeginScene and EndScene and reads the target back.
+    template <typename F> std::vector<ixo_test_pixel> scene(F draw)
+    {
+        clear();
+        EXPECT_EQ(device->BeginScene(), D3D_OK);
+        draw();
+        EXPECT_EQ(device->EndScene(), D3D_OK);
+        return read();
+    }
+
     // Copies the render target and returns its pixels, row 0 first.
     std::vector<ixo_test_pixel> read(IDirect3DSurface9* surface = nullptr)
     {
@@ -136,4 +153,12 @@ inline ::testing::AssertionResult ixo_pixel_is(const ixo_test_pixel& p, int r, i
     return ::testing::AssertionFailure()
            << "pixel (r, g, b, a) = (" << int(p.r) << ", " << int(p.g) << ", " << int(p.b) << ", "
            << int(p.a) << "), expected (" << r << ", " << g << ", " << b << ", " << a << ")";
+}
+
+// Expects every call of the list (a braced list runs them left to right) to be refused.
+inline void ixo_expect_refused(const char* what, std::initializer_list<HRESULT> calls)
+{
+    int i = 0;
+    for (HRESULT hr : calls)
+        EXPECT_EQ(hr, D3DERR_INVALIDCALL) << what << ", call " << i++;
 }
