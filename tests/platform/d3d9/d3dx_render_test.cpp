@@ -204,8 +204,25 @@ TEST_F(d3dx_render, text_is_measured_and_drawn_inside_its_rectangle)
     EXPECT_GT(rightmost, tab_rect.right - one_h.right);
     EXPECT_LT(rightmost, tab_rect.right + 1);
 
+    // Through the caller's sprite: the same ink as without one.
+    ID3DXSprite* sprite = nullptr;
+    ASSERT_EQ(D3DXCreateSprite(device, &sprite), D3D_OK);
+    img = scene(
+        [&]
+        {
+            ASSERT_EQ(sprite->Begin(D3DXSPRITE_ALPHABLEND), D3D_OK);
+            EXPECT_EQ(font->DrawTextW(sprite, u"Hello", -1, &r, DT_NOCLIP, 0xFFFFFF00), m.bottom);
+            EXPECT_EQ(sprite->End(), D3D_OK);
+        });
+    EXPECT_EQ(ink_of(img, 0xFFFFFF00).count, all.count);
+    sprite->Release();
+
     EXPECT_EQ(font->DrawTextW(nullptr, nullptr, -1, &whole, 0, 0), 0);
     EXPECT_EQ(font->DrawTextW(nullptr, u"x", -1, nullptr, 0, 0), 0);
+    IDirect3DDevice9* got = nullptr;
+    ASSERT_EQ(font->GetDevice(&got), D3D_OK);
+    EXPECT_EQ(got, device);
+    got->Release();
     font->Release();
 }
 
@@ -437,50 +454,4 @@ TEST_F(d3dx_render, mesh_builders_draw_their_shapes)
     EXPECT_NEAR(ink_of(img).count, D3DX_PI * r * r, 0.06 * D3DX_PI * r * r);
     expect_lit(img, {{32, 32, 1}, {32, 32 - 18, 0}, {32 + 18, 32, 0}});
     sphere->Release();
-}
-
-TEST_F(d3dx_render, helpers_survive_a_device_reset)
-{
-    ID3DXFont* font = nullptr;
-    ID3DXLine* line = nullptr;
-    ID3DXSprite* sprite = nullptr;
-    ASSERT_EQ(D3DXCreateFontW(device, -12, 0, FW_NORMAL, 0, FALSE, DEFAULT_CHARSET,
-                              OUT_DEFAULT_PRECIS, NONANTIALIASED_QUALITY, 0, u"Segoe UI", &font),
-              D3D_OK);
-    ASSERT_EQ(D3DXCreateLine(device, &line), D3D_OK);
-    ASSERT_EQ(D3DXCreateSprite(device, &sprite), D3D_OK);
-    RECT r{2, 2, 60, 30};
-    device->BeginScene();
-    font->DrawTextW(nullptr, u"Reset", -1, &r, DT_NOCLIP, 0xFFFFFFFF);
-    device->EndScene();
-
-    EXPECT_EQ(font->OnLostDevice(), D3D_OK);
-    EXPECT_EQ(line->OnLostDevice(), D3D_OK);
-    EXPECT_EQ(sprite->OnLostDevice(), D3D_OK);
-    release_surfaces();
-    ASSERT_EQ(device->Reset(&pp), D3D_OK);
-    EXPECT_EQ(font->OnResetDevice(), D3D_OK);
-    EXPECT_EQ(line->OnResetDevice(), D3D_OK);
-    EXPECT_EQ(sprite->OnResetDevice(), D3D_OK);
-    create_surfaces();
-
-    auto img = scene(
-        [&]
-        {
-            // Through the caller's sprite this time.
-            ASSERT_EQ(sprite->Begin(D3DXSPRITE_ALPHABLEND), D3D_OK);
-            EXPECT_GT(font->DrawTextW(sprite, u"Reset", -1, &r, DT_NOCLIP, 0xFFFFFFFF), 0);
-            EXPECT_EQ(sprite->End(), D3D_OK);
-            D3DXVECTOR2 const pts[2] = {{0, 50}, {64, 50}};
-            line->Draw(pts, 2, 0xFFFFFFFF);
-        });
-    EXPECT_GT(ink_of(img, 0, 0, 40).count, 20);
-    EXPECT_TRUE(lit(at(img, 32, 50)));
-    IDirect3DDevice9* got = nullptr;
-    ASSERT_EQ(font->GetDevice(&got), D3D_OK);
-    EXPECT_EQ(got, device);
-    got->Release();
-    font->Release();
-    line->Release();
-    sprite->Release();
 }
