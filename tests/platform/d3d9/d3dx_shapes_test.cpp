@@ -33,19 +33,17 @@ v3 normal(ixo_d3dx_shape const& s, std::size_t i)
 
 void expect_bounds(ixo_d3dx_shape const& s, v3 lo, v3 hi)
 {
-    v3 mn{1e30f, 1e30f, 1e30f}, mx{-1e30f, -1e30f, -1e30f};
-    for (std::size_t i = 0; i < s.vertex_count(); ++i)
+    for (std::size_t k = 0; k < 3; ++k)
     {
-        v3 p = position(s, i);
-        mn = {std::min(mn.x, p.x), std::min(mn.y, p.y), std::min(mn.z, p.z)};
-        mx = {std::max(mx.x, p.x), std::max(mx.y, p.y), std::max(mx.z, p.z)};
+        float mn = 1e30f, mx = -1e30f;
+        for (std::size_t i = 0; i < s.vertex_count(); ++i)
+        {
+            mn = std::min(mn, s.vertices[6 * i + k]);
+            mx = std::max(mx, s.vertices[6 * i + k]);
+        }
+        EXPECT_NEAR(mn, (&lo.x)[k], 1e-5f) << "axis " << k;
+        EXPECT_NEAR(mx, (&hi.x)[k], 1e-5f) << "axis " << k;
     }
-    EXPECT_NEAR(mn.x, lo.x, 1e-5f);
-    EXPECT_NEAR(mn.y, lo.y, 1e-5f);
-    EXPECT_NEAR(mn.z, lo.z, 1e-5f);
-    EXPECT_NEAR(mx.x, hi.x, 1e-5f);
-    EXPECT_NEAR(mx.y, hi.y, 1e-5f);
-    EXPECT_NEAR(mx.z, hi.z, 1e-5f);
 }
 
 // Every non-degenerate face of a convex solid centred on the origin must face away from
