@@ -17,6 +17,23 @@ struct ixo_test_pixel
     std::uint8_t b, g, r, a;
 };
 
+// Pre-transformed vertices with a colour and texture coordinates.
+struct ixo_test_rhw_tex
+{
+    float x, y, z, rhw;
+    D3DCOLOR c;
+    float u, v;
+};
+
+// A strip over the top-left w x h pixels, texture coordinates running from 0 to 1.
+inline std::array<ixo_test_rhw_tex, 4> ixo_test_textured_rect(float w, float h, D3DCOLOR c)
+{
+    return {{{-0.5f, -0.5f, 0, 1, c, 0, 0},
+             {w - 0.5f, -0.5f, 0, 1, c, 1, 0},
+             {-0.5f, h - 0.5f, 0, 1, c, 0, 1},
+             {w - 0.5f, h - 0.5f, 0, 1, c, 1, 1}}};
+}
+
 template <UINT width, UINT height> class ixo_d3d9_target : public ::testing::Test
 {
 protected:

@@ -619,17 +619,7 @@ TEST_F(device_render, texture_stage_and_alpha_test)
     // Left texel opaque white, right texel transparent white (b, g, r, a).
     std::memcpy(lr.pBits, "\xff\xff\xff\xff\xff\xff\xff\x10", 8);
     texture->UnlockRect(0);
-    struct rhw_tex
-    {
-        float x, y, z, rhw;
-        D3DCOLOR c;
-        float u, v;
-    };
-    const D3DCOLOR c = D3DCOLOR_ARGB(255, 0, 255, 0);
-    rhw_tex v[4] = {{-0.5f, -0.5f, 0, 1, c, 0, 0},
-                    {31.5f, -0.5f, 0, 1, c, 1, 0},
-                    {-0.5f, 15.5f, 0, 1, c, 0, 1},
-                    {31.5f, 15.5f, 0, 1, c, 1, 1}};
+    auto const v = ixo_test_textured_rect(32, 16, D3DCOLOR_ARGB(255, 0, 255, 0));
     device->SetFVF(D3DFVF_XYZRHW | D3DFVF_DIFFUSE | D3DFVF_TEX1);
     device->SetTexture(0, texture);
     IDirect3DBaseTexture9* bound = nullptr;
@@ -639,7 +629,7 @@ TEST_F(device_render, texture_stage_and_alpha_test)
     auto draw = [&]
     {
         clear();
-        device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, v, sizeof(rhw_tex));
+        device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, v.data(), sizeof(ixo_test_rhw_tex));
         return read();
     };
     // Default stage: colour = texture * diffuse, alpha = texture.

@@ -7,13 +7,6 @@
 namespace
 {
 
-struct rhw_tex
-{
-    float x, y, z, rhw;
-    D3DCOLOR c;
-    float u, v;
-};
-
 D3DPRESENT_PARAMETERS small_present()
 {
     D3DPRESENT_PARAMETERS pp{};
@@ -201,13 +194,10 @@ TEST_F(direct3d_device, lost_device_reports_codes_and_resets_once_video_memory_i
     device->SetTexture(0, texture);
     device->SetTextureStageState(0, D3DTSS_ALPHAOP, D3DTOP_MODULATE);
     device->SetTextureStageState(0, D3DTSS_ALPHAARG2, D3DTA_DIFFUSE);
-    const D3DCOLOR half_green = D3DCOLOR_ARGB(255, 255, 128, 255);
-    rhw_tex v[4] = {{-0.5f, -0.5f, 0, 1, half_green, 0, 0},
-                    {15.5f, -0.5f, 0, 1, half_green, 1, 0},
-                    {-0.5f, 15.5f, 0, 1, half_green, 0, 1},
-                    {15.5f, 15.5f, 0, 1, half_green, 1, 1}};
+    auto const v = ixo_test_textured_rect(16, 16, D3DCOLOR_ARGB(255, 255, 128, 255));
     device->BeginScene();
-    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, v, sizeof(rhw_tex)), D3D_OK);
+    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, v.data(), sizeof(ixo_test_rhw_tex)),
+              D3D_OK);
     device->EndScene();
     auto p = read();
     // Texture (0x80, 0x40, 0x20) modulated by (1, 128/255, 1).
