@@ -49,7 +49,8 @@ in vec4 v_color;
 in vec4 v_shadow;
 layout(location = 0) out vec4 o_color;
 
-// 1 where the scene light reaches the point, 0 in its shadow (four taps of the map).
+// 1 where the scene light reaches the point, 0 in its shadow: the 2 x 2 texels around the
+// point, fetched in one gather rather than four reads.
 float lit_by_scene_light()
 {
     if (g_shadowWidth <= 0 || g_shadowHeight <= 0 || v_shadow.w <= 0.0)
@@ -59,15 +60,9 @@ float lit_by_scene_light()
         return 1.0;
     // Row 0 of the map is its top (clip y = +1).
     vec2 uv = vec2(0.5 + 0.5 * ndc.x, 0.5 - 0.5 * ndc.y);
-    vec2 texel = vec2(1.0 / float(g_shadowWidth), 1.0 / float(g_shadowHeight));
     float bias = 0.002;
-    float sum = 0.0;
-    for (int i = 0; i < 4; ++i)
-    {
-        vec2 offset = (vec2(i & 1, i >> 1) - 0.5) * texel;
-        sum += ndc.z - bias <= texture(g_shadowTexture, uv + offset).r ? 1.0 : 0.0;
-    }
-    return sum / 4.0;
+    vec4 depths = textureGather(g_shadowTexture, uv, 0);
+    return dot(step(vec4(ndc.z - bias), depths), vec4(0.25));
 }
 
 void main()
