@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <clocale>
 #include <ostream>
 #include <set>
 #include <string>
 #include <unordered_set>
+#include <utility>
 
 // Readable failure messages.
 void PrintTo(ixo_string const& s, std::ostream* os)
@@ -20,6 +22,22 @@ namespace
 std::u16string text(ixo_string const& s)
 {
     return std::u16string(s.view());
+}
+
+// The text and the exact buffer size (terminator included) of a string.
+::testing::AssertionResult holds(ixo_string const& s, ixo_wchar const* want, int buffer)
+{
+    if (s == want && s.buffer_size() == buffer)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure()
+           << '"' << s.to_utf8() << "\" in " << s.buffer_size() << " units, expected " << buffer;
+}
+
+// Whether the text converts, and the value left in a variable that held `start`.
+template <typename T> std::pair<bool, T> convert(ixo_string const& s, T start)
+{
+    bool const ok = s.convert(start);
+    return {ok, start};
 }
 
 // Runs a block under a UTF-8 locale when the machine has one, restoring the old one.
@@ -59,7 +77,7 @@ TEST(ixo_string, construction_and_empty_forms)
 
     ixo_string rotor(IXO_TEXT("rotor"));
     EXPECT_EQ(rotor.length(), 5);
-    EXPECT_EQ(rotor.buffer_size(), 6);
+    EXPECT_TRUE(holds(rotor, IXO_TEXT("rotor"), 6));
     rotor = static_cast<char const*>(nullptr);
     EXPECT_EQ(rotor.buffer_size(), 0);
 
@@ -76,14 +94,13 @@ TEST(ixo_string, construction_and_empty_forms)
     ixo_string a(IXO_TEXT("shaft"));
     ixo_string b(a);
     b[0] = u'S';
-    EXPECT_EQ(a, IXO_TEXT("shaft"));
     EXPECT_EQ(b, IXO_TEXT("Shaft"));
     ixo_string& same = a;
     a = same;
     EXPECT_EQ(a, IXO_TEXT("shaft"));
     ixo_string c(std::move(a));
     EXPECT_EQ(a.buffer_size(), 0);
-    EXPECT_EQ(c, IXO_TEXT("shaft"));
+    EXPECT_TRUE(holds(c, IXO_TEXT("shaft"), 6));
     c.erase();
     EXPECT_EQ(c.buffer_size(), 0);
     a = ixo_string();
@@ -132,20 +149,16 @@ TEST(ixo_string, resize_and_exact_buffers)
 {
     ixo_string s(IXO_TEXT("hello"));
     s.resize(2);
-    EXPECT_EQ(s, IXO_TEXT("he"));
-    EXPECT_EQ(s.buffer_size(), 3);
+    EXPECT_TRUE(holds(s, IXO_TEXT("he"), 3));
     s.resize(10);
-    EXPECT_EQ(s, IXO_TEXT("he"));
-    EXPECT_EQ(s.buffer_size(), 11);
+    EXPECT_TRUE(holds(s, IXO_TEXT("he"), 11));
     EXPECT_EQ(s.length(), 2);
 
     // append fills spare room without reallocating, then grows to exactly the sum.
     EXPECT_EQ(s.append(IXO_TEXT("llo")), 5);
     EXPECT_EQ(s.buffer_size(), 11);
     EXPECT_EQ(s.append(IXO_TEXT(" world!")), 12);
-    EXPECT_EQ(s.buffer_size(), 13);
-    EXPECT_EQ(s, IXO_TEXT("hello world!"));
-
+    EXPECT_TRUE(holds(s, IXO_TEXT("hello world!"), 13));
     ixo_string c;
     EXPECT_EQ(c.append(u'x'), 1);
     EXPECT_EQ(c.buffer_size(), 2);
@@ -158,10 +171,9 @@ TEST(ixo_string, resize_and_exact_buffers)
     EXPECT_EQ(p.prepend(IXO_TEXT("ro")), 5);
     EXPECT_EQ(p.buffer_size(), 6);
     EXPECT_EQ(p.prepend(u'>'), 6);
-    EXPECT_EQ(p, IXO_TEXT(">rotor"));
-    EXPECT_EQ(p.buffer_size(), 7);
+    EXPECT_TRUE(holds(p, IXO_TEXT(">rotor"), 7));
 
-    // Appending a string to itself.
+    // Appending and prepending a string to itself.
     ixo_string twice(IXO_TEXT("ab"));
     twice += twice;
     EXPECT_EQ(twice, IXO_TEXT("abab"));
@@ -169,10 +181,8 @@ TEST(ixo_string, resize_and_exact_buffers)
     EXPECT_EQ(twice, IXO_TEXT("abababab"));
 
     ixo_string base(IXO_TEXT("stator"));
-    ixo_string const sum = base + ixo_string(IXO_TEXT(" ring"));
-    EXPECT_EQ(sum, IXO_TEXT("stator ring"));
+    EXPECT_EQ(base + ixo_string(IXO_TEXT(" ring")), IXO_TEXT("stator ring"));
     EXPECT_EQ(base, IXO_TEXT("stator"));
-
     ixo_string none;
     none.resize(-3);
     EXPECT_EQ(none.buffer_size(), 1);
@@ -182,21 +192,17 @@ TEST(ixo_string, insert_left_right)
 {
     ixo_string s(IXO_TEXT("abcd"));
     EXPECT_EQ(s.insert(IXO_TEXT("XY"), 1), 6);
-    EXPECT_EQ(s, IXO_TEXT("aXYbcd"));
-    EXPECT_EQ(s.buffer_size(), 7);
-
+    EXPECT_TRUE(holds(s, IXO_TEXT("aXYbcd"), 7));
     ixo_string z(IXO_TEXT("abc"));
     EXPECT_EQ(z.insert(u'Z', 0), 4);
     EXPECT_EQ(z, IXO_TEXT("Zabc"));
     EXPECT_EQ(z.insert(u'!', z.length()), 5);
     EXPECT_EQ(z, IXO_TEXT("Zabc!"));
-
     // Inserting into spare room keeps the buffer.
     ixo_string r(IXO_TEXT("ad"));
     r.resize(6);
     r.insert(IXO_TEXT("bc"), 1);
-    EXPECT_EQ(r, IXO_TEXT("abcd"));
-    EXPECT_EQ(r.buffer_size(), 7);
+    EXPECT_TRUE(holds(r, IXO_TEXT("abcd"), 7));
     r.insert(r, 2);
     EXPECT_EQ(r, IXO_TEXT("ababcdcd"));
 
@@ -267,8 +273,7 @@ TEST(ixo_string, format_sizes_exactly)
 {
     ixo_string s;
     EXPECT_TRUE(s.format(IXO_TEXT("%d-%s"), 7, IXO_TEXT("x")));
-    EXPECT_EQ(s, IXO_TEXT("7-x"));
-    EXPECT_EQ(s.buffer_size(), 4);
+    EXPECT_TRUE(holds(s, IXO_TEXT("7-x"), 4));
 
     EXPECT_TRUE(s.format(IXO_TEXT("%S|%5.2f|%-4d|%x"), "narrow", 3.14159, 42, 255u));
     EXPECT_EQ(s, IXO_TEXT("narrow| 3.14|42  |ff"));
@@ -286,10 +291,9 @@ TEST(ixo_string, format_sizes_exactly)
 
     // A rejected format leaves the string unchanged.
     EXPECT_FALSE(s.format(IXO_TEXT("%d %n"), 1, nullptr));
-    EXPECT_EQ(s, IXO_TEXT("[rotor:R]"));
     EXPECT_FALSE(s.format(IXO_TEXT("100%")));
     EXPECT_FALSE(s.format(nullptr));
-    EXPECT_EQ(s.buffer_size(), 10);
+    EXPECT_TRUE(holds(s, IXO_TEXT("[rotor:R]"), 10));
 }
 
 TEST(ixo_string, case_and_reverse)
@@ -310,43 +314,23 @@ TEST(ixo_string, case_and_reverse)
 
 TEST(ixo_string, numeric_conversions)
 {
-    int i = -1;
-    EXPECT_FALSE(ixo_string().convert(i));
-    EXPECT_EQ(i, -1);
-    EXPECT_TRUE(ixo_string(IXO_TEXT("  42xyz")).convert(i));
-    EXPECT_EQ(i, 42);
-    EXPECT_TRUE(ixo_string(IXO_TEXT("abc")).convert(i));
-    EXPECT_EQ(i, 0);
-    i = 5;
-    EXPECT_TRUE(ixo_string(IXO_TEXT("   ")).convert(i));
-    EXPECT_EQ(i, 0);
-    i = 5;
-    EXPECT_FALSE(ixo_string(IXO_TEXT("99999999999")).convert(i));
-    EXPECT_EQ(i, 5);
-    EXPECT_FALSE(ixo_string(IXO_TEXT("-2147483649")).convert(i));
-    EXPECT_TRUE(ixo_string(IXO_TEXT("-2147483648")).convert(i));
-    EXPECT_EQ(i, INT_MIN);
-
-    unsigned u = 0;
-    EXPECT_TRUE(ixo_string(IXO_TEXT("-7")).convert(u));
-    EXPECT_EQ(u, 7u);
-    EXPECT_TRUE(ixo_string(IXO_TEXT("-2147483648")).convert(u));
-    EXPECT_EQ(u, 2147483648u);
-
-    double d = 0;
-    EXPECT_TRUE(ixo_string(IXO_TEXT("0.1")).convert(d));
-    EXPECT_EQ(d, 0.1);
-    EXPECT_NE(d, static_cast<double>(0.1f));
-    EXPECT_TRUE(ixo_string(IXO_TEXT(" -2.5e3mm")).convert(d));
-    EXPECT_EQ(d, -2500.0);
-    d = 7;
-    EXPECT_FALSE(ixo_string(IXO_TEXT("1e400")).convert(d));
-    EXPECT_EQ(d, 7);
-    EXPECT_FALSE(ixo_string().convert(d));
-
-    float f = 0;
-    EXPECT_TRUE(ixo_string(IXO_TEXT("0.1")).convert(f));
-    EXPECT_EQ(f, 0.1f);
-    EXPECT_TRUE(ixo_string(IXO_TEXT("x")).convert(f));
-    EXPECT_EQ(f, 0.0f);
+    auto s = [](ixo_wchar const* text) { return ixo_string(text); };
+    // Whitespace, then the longest number; no digits give 0; out of range keeps the value.
+    EXPECT_EQ(convert(ixo_string(), -1), std::pair(false, -1));
+    EXPECT_EQ(convert(s(IXO_TEXT("  42xyz")), -1), std::pair(true, 42));
+    EXPECT_EQ(convert(s(IXO_TEXT("abc")), -1), std::pair(true, 0));
+    EXPECT_EQ(convert(s(IXO_TEXT("   ")), 5), std::pair(true, 0));
+    EXPECT_EQ(convert(s(IXO_TEXT("99999999999")), 5), std::pair(false, 5));
+    EXPECT_EQ(convert(s(IXO_TEXT("-2147483649")), 5).first, false);
+    EXPECT_EQ(convert(s(IXO_TEXT("-2147483648")), 5), std::pair(true, INT_MIN));
+    // Unsigned takes the magnitude.
+    EXPECT_EQ(convert(s(IXO_TEXT("-7")), 0u), std::pair(true, 7u));
+    EXPECT_EQ(convert(s(IXO_TEXT("-2147483648")), 0u), std::pair(true, 2147483648u));
+    // Doubles parse in double precision, floats in float.
+    EXPECT_EQ(convert(s(IXO_TEXT("0.1")), 0.0), std::pair(true, 0.1));
+    EXPECT_EQ(convert(s(IXO_TEXT(" -2.5e3mm")), 0.0), std::pair(true, -2500.0));
+    EXPECT_EQ(convert(s(IXO_TEXT("1e400")), 7.0), std::pair(false, 7.0));
+    EXPECT_EQ(convert(ixo_string(), 7.0), std::pair(false, 7.0));
+    EXPECT_EQ(convert(s(IXO_TEXT("0.1")), 0.0f), std::pair(true, 0.1f));
+    EXPECT_EQ(convert(s(IXO_TEXT("x")), 1.0f), std::pair(true, 0.0f));
 }

@@ -8,25 +8,28 @@ namespace
 {
 using v3 = ixo_vector3<float>;
 using v2 = ixo_vector2<float>;
+
+template <typename B, typename V> void expect_corners(const B& b, const V& min, const V& max)
+{
+    EXPECT_EQ(b.minimum(), min);
+    EXPECT_EQ(b.maximum(), max);
+}
 } // namespace
 
 TEST(box, empty_state_and_growing)
 {
     ixo_box3<float> b;
     EXPECT_TRUE(b.empty());
-    EXPECT_EQ(b.minimum(), v3(1e30f, 1e30f, 1e30f));
-    EXPECT_EQ(b.maximum(), v3(-1e30f, -1e30f, -1e30f));
+    expect_corners(b, v3(1e30f, 1e30f, 1e30f), v3(-1e30f, -1e30f, -1e30f));
     EXPECT_EQ(b.middle(), v3(1e30f, 1e30f, 1e30f));
     EXPECT_EQ(b.extents(), v3(0, 0, 0));
     EXPECT_EQ(b.length(1), 0.0f);
 
     b += v3(1, 2, 3);
     EXPECT_FALSE(b.empty()); // a single point is a box
-    EXPECT_EQ(b.minimum(), v3(1, 2, 3));
-    EXPECT_EQ(b.maximum(), v3(1, 2, 3));
+    expect_corners(b, v3(1, 2, 3), v3(1, 2, 3));
     b += v3(-1, 5, 3);
-    EXPECT_EQ(b.minimum(), v3(-1, 2, 3));
-    EXPECT_EQ(b.maximum(), v3(1, 5, 3));
+    expect_corners(b, v3(-1, 2, 3), v3(1, 5, 3));
     EXPECT_EQ(b.middle(), v3(0, 3.5f, 3));
     EXPECT_EQ(b.extents(), v3(2, 3, 0));
     EXPECT_EQ(b.length(0), 2.0f);
@@ -36,15 +39,12 @@ TEST(box, empty_state_and_growing)
     // An empty box adds nothing; a box added to an empty one is copied.
     const ixo_box3<float> before = b;
     b += ixo_box3<float>();
-    EXPECT_EQ(b.minimum(), before.minimum());
-    EXPECT_EQ(b.maximum(), before.maximum());
+    expect_corners(b, before.minimum(), before.maximum());
     ixo_box3<float> copy;
     copy += before;
-    EXPECT_EQ(copy.minimum(), before.minimum());
-    EXPECT_EQ(copy.maximum(), before.maximum());
+    expect_corners(copy, before.minimum(), before.maximum());
     b += ixo_box3<float>(v3(0, 0, 10), v3(0.5f, 1, 11));
-    EXPECT_EQ(b.minimum(), v3(-1, 0, 3));
-    EXPECT_EQ(b.maximum(), v3(1, 5, 11));
+    expect_corners(b, v3(-1, 0, 3), v3(1, 5, 11));
 
     b.clear();
     EXPECT_TRUE(b.empty());
@@ -65,8 +65,7 @@ TEST(box, grow_and_corners)
 {
     ixo_box3<double> b(ixo_vector3<double>(0, 0, 0), ixo_vector3<double>(1, 1, 1));
     b.grow(1);
-    EXPECT_EQ(b.minimum(), ixo_vector3<double>(-1, -1, -1));
-    EXPECT_EQ(b.maximum(), ixo_vector3<double>(2, 2, 2));
+    expect_corners(b, ixo_vector3<double>(-1, -1, -1), ixo_vector3<double>(2, 2, 2));
     b.grow(-0.5);
     EXPECT_EQ(b.extents(), ixo_vector3<double>(2, 2, 2));
 
@@ -99,8 +98,7 @@ TEST(box, box2)
     EXPECT_FALSE(r.contains(v2(3, -0.001f)));
     ixo_box2<double> d(ixo_vector2<double>(0, 0), ixo_vector2<double>(1, 1));
     d += ixo_box2<double>(ixo_vector2<double>(-2, 0.5), ixo_vector2<double>(0, 3));
-    EXPECT_EQ(d.minimum(), ixo_vector2<double>(-2, 0));
-    EXPECT_EQ(d.maximum(), ixo_vector2<double>(1, 3));
+    expect_corners(d, ixo_vector2<double>(-2, 0), ixo_vector2<double>(1, 3));
 
     // Pixel rectangles: the empty state needs no out-of-range conversion, and an empty box
     // contains nothing, not even the extreme pixel.

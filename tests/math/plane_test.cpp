@@ -47,12 +47,6 @@ TEST(plane, frames)
     s.set_normal(v3(0, 0, 7));
     EXPECT_EQ(s.normal(), v3(0, 0, 7));
     EXPECT_EQ(s.u_direction(), v3(1, 0, 0)); // not recomputed
-    s.set_root(v3(9, 9, 9));
-    s.set_u_direction(v3(0, 1, 0));
-    s.set_v_direction(v3(1, 0, 0));
-    EXPECT_EQ(s.root(), v3(9, 9, 9));
-    EXPECT_EQ(s.u_direction(), v3(0, 1, 0));
-    EXPECT_EQ(s.v_direction(), v3(1, 0, 0));
 }
 
 TEST(plane, evaluate_and_project)

@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -15,17 +17,31 @@
 namespace
 {
 constexpr const char* child_variable = "IXO_DIRECT3D_TEST_ANSWER";
+constexpr const char* paths_variable = "IXO_RESOURCE_MANAGER_TEST_ANSWER";
 
-// Child mode: start the library headless wherever this copy lies and report the code.
+std::string native(const ixo_string& s)
+{
+    return ixo_native_path(s.c_str());
+}
+
+// Child mode, wherever this copy lies: start the library headless and report the code, or
+// report the resource manager's folder and effect path.
 [[maybe_unused]] const bool child_mode = []
 {
-    if (const char* answer = ixo_test::child_answer_file(child_variable))
+    if (const char* answer = std::getenv(paths_variable))
+    {
+        ixo_object_ptr<ixo_resource_manager> resources = ixo_resource_manager::create();
+        std::ofstream(answer) << native(resources->get_exe_path()) << "\n"
+                              << native(resources->get_full_path(IXO_TEXT("ixo_default.fx")));
+        _exit(0);
+    }
+    if (const char* answer = std::getenv(child_variable))
     {
         int const code = ixo_application::start(nullptr);
         bool const consistent =
             (code == ixo_start_success) == (ixo_direct3d::get_device() != nullptr);
         ixo_application::end();
-        ixo_test::write_answer(answer, std::to_string(code) + (consistent ? "" : " inconsistent"));
+        std::ofstream(answer) << code << (consistent ? "" : " inconsistent");
         _exit(0);
     }
     return false;
@@ -44,22 +60,13 @@ struct library_guard
     }
 };
 
-DWORD creation_flags()
+// How the application's device was created; zeroes without a device.
+D3DDEVICE_CREATION_PARAMETERS creation()
 {
     D3DDEVICE_CREATION_PARAMETERS p{};
-    IDirect3DDevice9* device = ixo_direct3d::get_device();
-    if (!device || FAILED(device->GetCreationParameters(&p)))
-        return 0;
-    return p.BehaviorFlags;
-}
-
-UINT creation_adapter()
-{
-    D3DDEVICE_CREATION_PARAMETERS p{};
-    IDirect3DDevice9* device = ixo_direct3d::get_device();
-    if (!device || FAILED(device->GetCreationParameters(&p)))
-        return ~0u;
-    return p.AdapterOrdinal;
+    if (IDirect3DDevice9* device = ixo_direct3d::get_device())
+        device->GetCreationParameters(&p);
+    return p;
 }
 
 // Logs the reset events in the order they arrive into `log`.
@@ -106,7 +113,7 @@ TEST(Direct3D, StartCreatesTheDeviceAndEverySharedObject)
     ASSERT_NE(ixo_direct3d::get_effect(), nullptr);
     EXPECT_NE(ixo_direct3d::get_effect()->GetTechniqueByName("MainTechnique"), nullptr);
     EXPECT_NE(ixo_direct3d::get_effect()->GetTechniqueByName("ShadowTechnique"), nullptr);
-    EXPECT_EQ(creation_flags(),
+    EXPECT_EQ(creation().BehaviorFlags,
               DWORD(D3DCREATE_HARDWARE_VERTEXPROCESSING | D3DCREATE_FPU_PRESERVE));
 
     // Nine points at the display's vertical resolution, as a character height.
@@ -141,7 +148,7 @@ TEST(Direct3D, AdapterChoiceAndCreationFallbacks)
     list[0].vertex_processing_caps = 0;
     ixo_d3d9_test_set_adapters(list, 2);
     ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
-    EXPECT_EQ(creation_adapter(), 1u);
+    EXPECT_EQ(creation().AdapterOrdinal, 1u);
     ixo_application::end();
 
     // No adapter processes vertices: the first that passes the checks, with software
@@ -155,8 +162,8 @@ TEST(Direct3D, AdapterChoiceAndCreationFallbacks)
     list[2].vertex_processing_caps = 0;
     ixo_d3d9_test_set_adapters(list, 3);
     ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
-    EXPECT_EQ(creation_adapter(), 1u);
-    EXPECT_EQ(creation_flags(),
+    EXPECT_EQ(creation().AdapterOrdinal, 1u);
+    EXPECT_EQ(creation().BehaviorFlags,
               DWORD(D3DCREATE_SOFTWARE_VERTEXPROCESSING | D3DCREATE_FPU_PRESERVE));
     ixo_application::end();
 }
@@ -202,24 +209,22 @@ TEST(Direct3D, StartCodesOfFailedCreation)
 TEST(Direct3D, EffectFileBesideTheExecutable)
 {
     ixo_test::temp_folder temp;
-    ASSERT_FALSE(temp.path().empty());
     std::filesystem::path const own_media =
         std::filesystem::read_symlink("/proc/self/exe").parent_path() / "Media" / "ixo_default.fx";
-    ASSERT_TRUE(std::filesystem::exists(own_media));
+    ASSERT_TRUE(!temp.path.empty() && std::filesystem::exists(own_media));
 
     // No Media folder beside the program: code 7, no device kept.
-    EXPECT_EQ(ixo_test::run_copy(temp.path() / "missing" / "host", child_variable), "7");
+    EXPECT_EQ(ixo_test::run_copy(temp.path / "missing" / "host", child_variable), "7");
 
-    // An effect file that does not compile: code 7 too.
-    std::filesystem::create_directories(temp.path() / "broken" / "Media");
-    ixo_test::write_answer((temp.path() / "broken" / "Media" / "ixo_default.fx").c_str(),
-                           "technique MainTechnique\nvertex\nthis is not a shader\nend\n");
-    EXPECT_EQ(ixo_test::run_copy(temp.path() / "broken" / "host", child_variable), "7");
-
-    // The shipped file beside the same copy: success, so the folder is the program's own.
-    std::filesystem::create_directories(temp.path() / "good" / "Media");
-    std::filesystem::copy_file(own_media, temp.path() / "good" / "Media" / "ixo_default.fx");
-    EXPECT_EQ(ixo_test::run_copy(temp.path() / "good" / "host", child_variable), "0");
+    // An effect file that does not compile: code 7 too. The shipped file beside the same
+    // copy: success, so the folder is the program's own.
+    for (const char* folder : {"broken", "good"})
+        std::filesystem::create_directories(temp.path / folder / "Media");
+    std::ofstream(temp.path / "broken" / "Media" / "ixo_default.fx")
+        << "technique MainTechnique\nvertex\nthis is not a shader\nend\n";
+    EXPECT_EQ(ixo_test::run_copy(temp.path / "broken" / "host", child_variable), "7");
+    std::filesystem::copy_file(own_media, temp.path / "good" / "Media" / "ixo_default.fx");
+    EXPECT_EQ(ixo_test::run_copy(temp.path / "good" / "host", child_variable), "0");
 }
 
 TEST(Direct3D, ResetProtocolRaisesEventsAndRebuilds)
@@ -292,4 +297,30 @@ TEST(Direct3D, ResetReachesEveryDocumentsScene)
     EXPECT_TRUE(ixo_application::instance()->get_direct3d()->reset());
     // Scenes release before the resetting event and rebuild before the reset event.
     EXPECT_EQ(scenes.take(), "pre scene pre scene resetting post scene post scene reset");
+}
+
+TEST(ResourceManager, PathsFollowTheExecutable)
+{
+    ixo_object_ptr<ixo_resource_manager> resources = ixo_resource_manager::create();
+    std::string const folder =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
+    EXPECT_EQ(native(resources->get_exe_path()), folder);
+    EXPECT_EQ(native(resources->get_full_path(IXO_TEXT("ixo_default.fx"))),
+              folder + "/Media/ixo_default.fx");
+    EXPECT_EQ(native(resources->get_full_path(IXO_TEXT(""))), folder + "/Media/");
+}
+
+TEST(ResourceManager, ExecutableElsewhereAndBeyondTheFirstBuffer)
+{
+    ixo_test::temp_folder temp;
+    ASSERT_FALSE(temp.path.empty());
+    // The second path is longer than the first 256-character buffer: it is read in full on
+    // the second try.
+    std::filesystem::path deep = temp.path;
+    for (int i = 0; i < 30; ++i)
+        deep /= "folder_" + std::to_string(i);
+    ASSERT_GT(deep.string().size(), 256u);
+    for (std::filesystem::path const& folder : {temp.path / "a" / "b", deep})
+        EXPECT_EQ(ixo_test::run_copy(folder / "host", paths_variable),
+                  folder.string() + "\n" + folder.string() + "/Media/ixo_default.fx");
 }

@@ -1,32 +1,19 @@
-#include <ixocore/app/application.h>
-#include <ixocore/core/identifiable_object.h>
-#include <ixocore/events/event_manager.h>
-#include <ixocore/math/matrix.h>
+#include <ixocore/ixocore.h>
 #include <ixocore/platform/d3d9_testing.h>
-#include <ixocore/render/camera_view.h>
-#include <ixocore/render/direct3d.h>
-#include <ixocore/render/light.h>
-#include <ixocore/render/render_view.h>
-#include <ixocore/render/render_view_manager.h>
-#include <ixocore/scene/scene.h>
-#include <ixocore/scene/scene_plane.h>
 
-#include "render/view_test_box.h"
+#include "render/exe_copy.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace
 {
 using rgba_image = std::vector<ixo_vector4<unsigned char>>;
-using ixo_test::view_test_box;
 
 constexpr unsigned view_w = 320;
 constexpr unsigned view_h = 240;
@@ -36,17 +23,18 @@ const ixo_vector4<float> background(0.0f, 0.5f, 1.0f, 1.0f);
 struct rgb
 {
     int r, g, b;
+    bool operator==(const rgb&) const = default;
 };
 
-rgb at(const rgba_image& image, unsigned width, unsigned x, unsigned y)
+rgb at(const rgba_image& image, unsigned x, unsigned y)
 {
-    const auto& p = image[std::size_t(y) * width + x];
+    const auto& p = image[std::size_t(y) * view_w + x];
     return {p[0], p[1], p[2]};
 }
 
 bool is_background(rgb c)
 {
-    return c.r == 0 && c.g == 127 && c.b == 255;
+    return c == rgb{0, 127, 255};
 }
 
 bool is_reddish(rgb c)
@@ -54,55 +42,32 @@ bool is_reddish(rgb c)
     return c.r > 100 && c.g < 40 && c.b < 40;
 }
 
-// A file in the system's temporary folder, removed at the end of the test.
-struct temp_file
+// The library's box, counting its normal-pass and shadow-map-pass draws and able to fail in
+// the shadow-map pass.
+class view_test_box : public ixo_scene_box
 {
-    explicit temp_file(const std::string& name)
-        : path((std::filesystem::temp_directory_path() /
-                ("ixo_view_" + std::to_string(::getpid()) + "_" + name))
-                   .string())
+public:
+    static ixo_object_ptr<view_test_box> create(float width, float height, float depth)
     {
+        return ixo_object_ptr<view_test_box>(new view_test_box(width, height, depth));
     }
-    ~temp_file()
-    {
-        std::error_code ec;
-        std::filesystem::remove(path, ec);
-    }
-    std::string path;
-};
 
-// Writes a 24-bit BMP of one colour.
-void write_bmp(const std::string& path, int w, int h, unsigned char r, unsigned char g,
-               unsigned char b)
-{
-    int const row = (3 * w + 3) / 4 * 4;
-    std::vector<unsigned char> f(54 + std::size_t(row) * h, 0);
-    auto put32 = [&](int at, unsigned v)
+    bool draw_object(const ixo_scene_draw_data& d) override
     {
-        for (int i = 0; i < 4; ++i)
-            f[std::size_t(at + i)] = static_cast<unsigned char>(v >> (8 * i));
-    };
-    f[0] = 'B';
-    f[1] = 'M';
-    put32(2, static_cast<unsigned>(f.size()));
-    put32(10, 54);
-    put32(14, 40);
-    put32(18, static_cast<unsigned>(w));
-    put32(22, static_cast<unsigned>(h));
-    f[26] = 1;
-    f[28] = 24;
-    put32(34, static_cast<unsigned>(row * h));
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x)
-        {
-            std::size_t const o = 54 + std::size_t(y) * row + 3 * std::size_t(x);
-            f[o] = b;
-            f[o + 1] = g;
-            f[o + 2] = r;
-        }
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(f.data()), static_cast<std::streamsize>(f.size()));
-}
+        if (d.do_mapping_shadows() && fail_in_shadow_pass)
+            return false;
+        shadow_draws += d.do_mapping_shadows();
+        normal_draws += !d.do_mapping() && !d.do_mapping_shadows();
+        return ixo_scene_box::draw_object(d);
+    }
+
+    int normal_draws = 0;
+    int shadow_draws = 0;
+    bool fail_in_shadow_pass = false;
+
+private:
+    view_test_box(float width, float height, float depth) : ixo_scene_box(width, height, depth) {}
+};
 
 class render_view_test : public ::testing::Test
 {
@@ -114,7 +79,8 @@ protected:
         ASSERT_NE(manager, nullptr);
         scene = ixo_scene::create();
     }
-    void TearDown() override
+    // A destructor rather than TearDown, so what a derived fixture holds is gone first.
+    ~render_view_test() override
     {
         box = nullptr;
         view = nullptr;
@@ -124,12 +90,16 @@ protected:
             ixo_application::end();
     }
 
-    // A red 2 × 2 × 2 box at the origin (and `extra`) and a headless view framing them.
-    void make_red_box_view(ixo_object_ptr<ixo_scene_object> extra = nullptr)
+    // A headless view of the scene on the background colour; with a red 2 × 2 × 2 box at the
+    // origin (and `extra`) unless `with_box` is false.
+    void make_view(bool with_box = true, ixo_object_ptr<ixo_scene_object> extra = nullptr)
     {
-        box = view_test_box::create(2.0f, 2.0f, 2.0f);
-        box->set_color(ixo_vector4<unsigned char>(255, 0, 0, 255));
-        scene->get_root()->add_child(box);
+        if (with_box)
+        {
+            box = view_test_box::create(2.0f, 2.0f, 2.0f);
+            box->set_color(ixo_vector4<unsigned char>(255, 0, 0, 255));
+            scene->get_root()->add_child(box);
+        }
         if (extra)
             scene->get_root()->add_child(extra);
         view = manager->create();
@@ -137,10 +107,32 @@ protected:
         ASSERT_TRUE(view->initialize(nullptr, view_w, view_h, scene));
     }
 
-    rgba_image frame(ixo_render_view* v)
+    // A PNG file of w × h pixels in one colour, painted and saved by a view of that size.
+    std::string picture(const char* name, unsigned w, unsigned h, ixo_vector4<float> colour)
+    {
+        std::string const path = (folder.path / name).string();
+        ixo_object_ptr<ixo_render_view> painter = manager->create();
+        painter->set_background_color(colour);
+        EXPECT_TRUE(painter->initialize(nullptr, w, h, ixo_scene::create()));
+        EXPECT_TRUE(painter->paint() && painter->save_png(ixo_string::from_utf8(path)));
+        manager->remove(painter);
+        return path;
+    }
+
+    // The box's normal-pass draws caused by one redraw request.
+    int redraw()
+    {
+        box->normal_draws = 0;
+        ixo_request_redraw();
+        return box->normal_draws;
+    }
+
+    // The view's frame, painted first unless `paint` is false.
+    rgba_image frame(bool paint = true)
     {
         rgba_image image;
-        EXPECT_TRUE(v->capture(image));
+        EXPECT_TRUE(!paint || view->paint());
+        EXPECT_TRUE(view->capture(image));
         return image;
     }
 
@@ -148,13 +140,10 @@ protected:
     // pointer has y counted from the bottom, and the tool hands over (w - x, h - y).
     unsigned long pick_pixel(int px, int py)
     {
-        int const w = view->get_camera()->get_width();
-        int const h = view->get_camera()->get_height();
-        int const x = px;
-        int const y = h - py;
-        return view->pick(ixo_vector2<int>(w - x, h - y));
+        return view->pick(ixo_vector2<int>(view_w - px, py));
     }
 
+    ixo_test::temp_folder folder;
     ixo_object_ptr<ixo_render_view_manager> manager;
     ixo_object_ptr<ixo_scene> scene;
     ixo_object_ptr<ixo_render_view> view;
@@ -163,22 +152,20 @@ protected:
 
 TEST_F(render_view_test, red_box_paints_red_in_the_centre_and_background_in_the_corners)
 {
-    make_red_box_view();
-    ASSERT_TRUE(view->paint());
-    rgba_image const image = frame(view.get());
+    make_view();
+    rgba_image const image = frame();
     ASSERT_EQ(image.size(), std::size_t(view_w) * view_h);
-    EXPECT_TRUE(is_reddish(at(image, view_w, view_w / 2, view_h / 2)));
+    EXPECT_TRUE(is_reddish(at(image, view_w / 2, view_h / 2)));
     for (auto [x, y] :
          {std::pair{0u, 0u}, {view_w - 1, 0u}, {0u, view_h - 1}, {view_w - 1, view_h - 1}})
-        EXPECT_TRUE(is_background(at(image, view_w, x, y))) << x << "," << y;
+        EXPECT_TRUE(is_background(at(image, x, y))) << x << "," << y;
 
     // The camera was fitted to the scene when the view was initialised.
     EXPECT_NEAR(view->get_camera()->get_focus()[2], 0.0f, 1e-5f);
 
     // Saved as a PNG file.
-    temp_file png("frame.png");
-    ASSERT_TRUE(view->save_png(ixo_string::from_utf8(png.path)));
-    std::ifstream in(png.path, std::ios::binary);
+    ASSERT_TRUE(view->save_png(ixo_string::from_utf8((folder.path / "frame.png").string())));
+    std::ifstream in(folder.path / "frame.png", std::ios::binary);
     char signature[4] = {};
     in.read(signature, 4);
     EXPECT_EQ(std::string(signature + 1, 3), "PNG");
@@ -191,7 +178,7 @@ TEST_F(render_view_test, picking_finds_the_object_under_the_pointer)
     // A small box up and to the left, so that a flipped row or column misses it.
     auto small = view_test_box::create(0.4f, 0.4f, 0.4f);
     small->set_transform(ixo_translation_transform(ixo_vector3<float>(-1.6f, 1.4f, 0.0f)));
-    make_red_box_view(small);
+    make_view(true, small);
     ixo_object_ptr<ixo_camera_view> camera = view->get_camera();
 
     // Nothing is locked yet.
@@ -220,59 +207,44 @@ TEST_F(render_view_test, picking_finds_the_object_under_the_pointer)
     EXPECT_EQ(pick_pixel(view_w / 2, view_h / 2), ixo_invalid_object_id);
     EXPECT_EQ(pick_pixel(int(p[0]), int(p[1])), small->id());
     view->pick_unlock();
-    ASSERT_TRUE(view->paint());
-    EXPECT_FALSE(is_background(at(frame(view.get()), view_w, view_w / 2, view_h / 2)));
+    EXPECT_FALSE(is_background(at(frame(), view_w / 2, view_h / 2)));
 }
 
 TEST_F(render_view_test, background_picture_is_centred_with_the_odd_column_on_the_right)
 {
-    view = manager->create();
-    view->set_background_color(background);
-    ASSERT_TRUE(view->initialize(nullptr, view_w, view_h, scene));
+    std::string const small = picture("small.png", 3, 2, {0, 1, 0, 1});
+    std::string const large = picture("large.png", 400, 300, {1, 1, 0, 1});
+    make_view(false);
     EXPECT_FALSE(view->load_background_image(ixo_string()));
-    EXPECT_FALSE(view->load_background_image(IXO_TEXT("/nonexistent-folder/none.bmp")));
+    EXPECT_FALSE(view->load_background_image(IXO_TEXT("/nonexistent-folder/none.png")));
 
-    temp_file bmp("picture.bmp");
-    write_bmp(bmp.path, 3, 2, 0, 255, 0);
-    ASSERT_TRUE(view->load_background_image(ixo_string::from_utf8(bmp.path)));
-    ASSERT_TRUE(view->paint());
-    rgba_image const image = frame(view.get());
+    ASSERT_TRUE(view->load_background_image(ixo_string::from_utf8(small)));
+    rgba_image const image = frame();
     // 3 × 2 around (160, 120): columns 159..161 (one left of the centre, two right), rows
     // 119..120.
     for (unsigned y = 118; y <= 121; ++y)
         for (unsigned x = 157; x <= 163; ++x)
         {
             bool const inside = x >= 159 && x <= 161 && y >= 119 && y <= 120;
-            rgb const c = at(image, view_w, x, y);
-            if (inside)
-                EXPECT_TRUE(c.r == 0 && c.g == 255 && c.b == 0) << x << "," << y;
-            else
-                EXPECT_TRUE(is_background(c)) << x << "," << y;
+            EXPECT_TRUE(inside ? at(image, x, y) == (rgb{0, 255, 0})
+                               : is_background(at(image, x, y)))
+                << x << "," << y;
         }
 
     // A picture larger than the view is squeezed into it.
-    temp_file large("large.bmp");
-    write_bmp(large.path, 400, 300, 255, 255, 0);
-    ASSERT_TRUE(view->load_background_image(ixo_string::from_utf8(large.path)));
-    ASSERT_TRUE(view->paint());
-    rgba_image const squeezed = frame(view.get());
+    ASSERT_TRUE(view->load_background_image(ixo_string::from_utf8(large)));
+    rgba_image const squeezed = frame();
     for (auto [x, y] : {std::pair{0u, 0u}, {view_w - 1, view_h - 1}, {view_w / 2, view_h / 2}})
-    {
-        rgb const c = at(squeezed, view_w, x, y);
-        EXPECT_TRUE(c.r == 255 && c.g == 255 && c.b == 0) << x << "," << y;
-    }
+        EXPECT_TRUE(at(squeezed, x, y) == (rgb{255, 255, 0})) << x << "," << y;
 
     view->remove_background_image();
-    ASSERT_TRUE(view->paint());
-    EXPECT_TRUE(is_background(at(frame(view.get()), view_w, view_w / 2, view_h / 2)));
+    EXPECT_TRUE(is_background(at(frame(), view_w / 2, view_h / 2)));
 }
 
 TEST_F(render_view_test, overlay_is_drawn_in_the_top_right_corner)
 {
-    view = manager->create();
-    view->set_background_color(background);
+    make_view(false);
     view->set_shadow_mapping(false);
-    ASSERT_TRUE(view->initialize(nullptr, view_w, view_h, scene));
     // Grown by 2 % of its diagonal on every side, 1.915 × 0.92 × 0.1 becomes about
     // 2.0 × 1.005: a viewport 200 wide and trunc(1.005 · 200 / 2.0 + 1) = 101 high.
     auto wide = view_test_box::create(1.915f, 0.92f, 0.1f);
@@ -284,18 +256,16 @@ TEST_F(render_view_test, overlay_is_drawn_in_the_top_right_corner)
     ASSERT_TRUE(view->paint());
     D3DVIEWPORT9 vp{};
     ASSERT_EQ(device->GetViewport(&vp), D3D_OK);
-    EXPECT_EQ(vp.X, view_w - 200);
-    EXPECT_EQ(vp.Y, 0u);
-    EXPECT_EQ(vp.Width, 200u);
-    EXPECT_EQ(vp.Height, 101u);
-    rgba_image const image = frame(view.get());
+    EXPECT_EQ(std::tuple(vp.X, vp.Y, vp.Width, vp.Height),
+              std::tuple(view_w - 200, 0u, 200u, 101u));
+    rgba_image const image = frame(false);
     // The box fills the viewport less the 2 % margin (about 4 pixels).
-    EXPECT_FALSE(is_background(at(image, view_w, view_w - 100, 50)));
-    EXPECT_FALSE(is_background(at(image, view_w, view_w - 190, 10)));
-    EXPECT_FALSE(is_background(at(image, view_w, view_w - 10, 90)));
-    EXPECT_TRUE(is_background(at(image, view_w, view_w - 100, 110)));
-    EXPECT_TRUE(is_background(at(image, view_w, view_w - 210, 50)));
-    EXPECT_TRUE(is_background(at(image, view_w, view_w - 1, 50)));
+    EXPECT_FALSE(is_background(at(image, view_w - 100, 50)));
+    EXPECT_FALSE(is_background(at(image, view_w - 190, 10)));
+    EXPECT_FALSE(is_background(at(image, view_w - 10, 90)));
+    EXPECT_TRUE(is_background(at(image, view_w - 100, 110)));
+    EXPECT_TRUE(is_background(at(image, view_w - 210, 50)));
+    EXPECT_TRUE(is_background(at(image, view_w - 1, 50)));
 
     // The overlay is pickable.
     ASSERT_TRUE(view->map());
@@ -308,14 +278,12 @@ TEST_F(render_view_test, overlay_is_drawn_in_the_top_right_corner)
     view->get_overlay()->add_child(view_test_box::create(0.5f, 1.5f, 0.1f));
     ASSERT_TRUE(view->paint());
     ASSERT_EQ(device->GetViewport(&vp), D3D_OK);
-    EXPECT_EQ(vp.X, view_w - 73);
-    EXPECT_EQ(vp.Width, 73u);
-    EXPECT_EQ(vp.Height, 200u);
+    EXPECT_EQ(std::tuple(vp.X, vp.Width, vp.Height), std::tuple(view_w - 73, 73u, 200u));
 }
 
 TEST_F(render_view_test, redraw_requests_repaint_every_initialised_view)
 {
-    make_red_box_view();
+    make_view();
     ixo_object_ptr<ixo_render_view> second = manager->create();
     ASSERT_TRUE(second->initialize(nullptr, 160, 120, scene));
     // Made but never initialised: not subscribed, so not painted.
@@ -324,15 +292,11 @@ TEST_F(render_view_test, redraw_requests_repaint_every_initialised_view)
     rgba_image none;
     EXPECT_FALSE(idle->capture(none));
 
-    box->normal_draws = 0;
-    ixo_request_redraw();
-    EXPECT_EQ(box->normal_draws, 2);
+    EXPECT_EQ(redraw(), 2);
 
     // Initialising again does not subscribe again.
     ASSERT_TRUE(second->initialize(nullptr, 160, 120, scene));
-    box->normal_draws = 0;
-    ixo_request_redraw();
-    EXPECT_EQ(box->normal_draws, 2);
+    EXPECT_EQ(redraw(), 2);
 
     // The manager paints every view it made (the idle one fails).
     box->normal_draws = 0;
@@ -347,9 +311,7 @@ TEST_F(render_view_test, redraw_requests_repaint_every_initialised_view)
     // holds it (as an undo history or a tool may).
     EXPECT_TRUE(manager->remove(second));
     EXPECT_FALSE(manager->remove(second));
-    box->normal_draws = 0;
-    ixo_request_redraw();
-    EXPECT_EQ(box->normal_draws, 1);
+    EXPECT_EQ(redraw(), 1);
     EXPECT_FALSE(second->paint());
     EXPECT_EQ(box->normal_draws, 1);
     second = nullptr;
@@ -357,25 +319,20 @@ TEST_F(render_view_test, redraw_requests_repaint_every_initialised_view)
 
 TEST_F(render_view_test, device_reset_rebuilds_the_view_and_keeps_one_subscription)
 {
-    make_red_box_view();
-    temp_file bmp("reset.bmp");
-    write_bmp(bmp.path, int(view_w), int(view_h), 0, 255, 0);
-    ASSERT_TRUE(view->load_background_image(ixo_string::from_utf8(bmp.path)));
+    make_view();
+    ASSERT_TRUE(view->load_background_image(
+        ixo_string::from_utf8(picture("reset.png", view_w, view_h, {0, 1, 0, 1}))));
     IDirect3DDevice9* device = ixo_direct3d::get_device();
 
     ixo_d3d9_test_lose_device(device, 0);
     ASSERT_TRUE(view->paint());
     EXPECT_EQ(device->TestCooperativeLevel(), D3D_OK);
     EXPECT_NE(view->get_render_target(), nullptr);
-    rgba_image const image = frame(view.get());
-    EXPECT_TRUE(is_reddish(at(image, view_w, view_w / 2, view_h / 2)));
-    rgb const picture = at(image, view_w, 0, 0);
-    EXPECT_TRUE(picture.r == 0 && picture.g == 255 && picture.b == 0)
-        << "the background picture is reloaded";
+    rgba_image const image = frame(false);
+    EXPECT_TRUE(is_reddish(at(image, view_w / 2, view_h / 2)));
+    EXPECT_TRUE(at(image, 0, 0) == (rgb{0, 255, 0})) << "the background picture is reloaded";
 
-    box->normal_draws = 0;
-    ixo_request_redraw();
-    EXPECT_EQ(box->normal_draws, 1);
+    EXPECT_EQ(redraw(), 1);
 
     // While the device stays lost, frames and picking give up.
     ixo_d3d9_test_lose_device(device, 1000);
@@ -385,14 +342,12 @@ TEST_F(render_view_test, device_reset_rebuilds_the_view_and_keeps_one_subscripti
     for (int i = 0; i < 2000 && !recovered; ++i)
         recovered = view->paint();
     EXPECT_TRUE(recovered);
-    box->normal_draws = 0;
-    ixo_request_redraw();
-    EXPECT_EQ(box->normal_draws, 1);
+    EXPECT_EQ(redraw(), 1);
 }
 
 TEST_F(render_view_test, failed_shadow_pass_still_presents_the_frame)
 {
-    make_red_box_view();
+    make_view();
     ixo_object_ptr<ixo_light> light = ixo_light::create(0);
     light->set_position(0.0f, 10.0f, 10.0f);
     light->compute_shadow_matrices(scene->get_bounds());
@@ -406,9 +361,9 @@ TEST_F(render_view_test, failed_shadow_pass_still_presents_the_frame)
     box->normal_draws = 0;
     EXPECT_FALSE(view->paint());
     EXPECT_EQ(box->normal_draws, 1);
-    rgba_image const image = frame(view.get());
-    EXPECT_TRUE(is_reddish(at(image, view_w, view_w / 2, view_h / 2)));
-    EXPECT_TRUE(is_background(at(image, view_w, 0, 0)));
+    rgba_image const image = frame(false);
+    EXPECT_TRUE(is_reddish(at(image, view_w / 2, view_h / 2)));
+    EXPECT_TRUE(is_background(at(image, 0, 0)));
 
     // Without shadow mapping the failing pass is not run at all.
     view->set_shadow_mapping(false);
@@ -428,14 +383,13 @@ TEST_F(render_view_test, sizes_and_resize)
     EXPECT_EQ(view->get_camera()->get_height(), 100);
     rgba_image none;
     EXPECT_FALSE(view->capture(none)) << "nothing presented since the resize";
-    ASSERT_TRUE(view->paint());
-    EXPECT_EQ(frame(view.get()).size(), std::size_t(160) * 100);
+    EXPECT_EQ(frame().size(), std::size_t(160) * 100);
 }
 
 TEST_F(render_view_test, head_light_lights_a_lightless_scene_once_and_off_leaves_it_dark)
 {
     // A grey face turned to the eye: the head light alone gives it its own colour, 200.
-    make_red_box_view();
+    make_view();
     box->set_color(ixo_vector4<unsigned char>(200, 200, 200, 255));
     struct case_
     {
@@ -451,8 +405,7 @@ TEST_F(render_view_test, head_light_lights_a_lightless_scene_once_and_off_leaves
     {
         view->set_shadow_mapping(c.shadow_mapping);
         view->get_camera()->use_light(c.head_light);
-        ASSERT_TRUE(view->paint());
-        rgb const centre = at(frame(view.get()), view_w, view_w / 2, view_h / 2);
+        rgb const centre = at(frame(), view_w / 2, view_h / 2);
         EXPECT_GE(centre.r, c.low) << c.shadow_mapping << c.head_light;
         EXPECT_LE(centre.r, c.high) << c.shadow_mapping << c.head_light;
         EXPECT_EQ(centre.r, centre.b);
@@ -479,8 +432,7 @@ protected:
         light->set_position(-6, 10, 0);
         ASSERT_TRUE(light->compute_shadow_matrices(scene->get_bounds()));
         scene->add_light(light);
-        view = manager->create();
-        ASSERT_TRUE(view->initialize(nullptr, view_w, view_h, scene));
+        make_view(false);
         camera = view->get_camera();
         camera->use_perspective(true);
         camera->set_eye(ixo_vector3<float>(0, 12, 0));
@@ -490,17 +442,10 @@ protected:
         // The scene light alone, so that its shadow stands out.
         camera->use_light(false);
     }
-    void TearDown() override
-    {
-        light = nullptr;
-        camera = nullptr;
-        render_view_test::TearDown();
-    }
-
     rgb floor_at(const rgba_image& image, float x, float z)
     {
         ixo_vector2<float> const p = camera->pixel_from_point(ixo_vector3<float>(x, 0, z));
-        return at(image, view_w, unsigned(p[0]), unsigned(p[1]));
+        return at(image, unsigned(p[0]), unsigned(p[1]));
     }
 
     ixo_object_ptr<ixo_light> light;
@@ -515,8 +460,7 @@ TEST_F(shadowed_view_test, painting_twice_gives_the_same_picture_with_the_shadow
         // Frames that draw the shadow map again and frames that reuse it.
         if (i % 2 == 1)
             scene->touch();
-        ASSERT_TRUE(view->paint());
-        frames.push_back(frame(view.get()));
+        frames.push_back(frame());
         // The floor from (0.1, 0, ±0.6) to (2.1, 0, ±0.6) lies in the shadow; its mirror image
         // left of the box is lit, and so is the floor beyond the shadow, at x = 3.
         rgb const shadowed = floor_at(frames.back(), 1.4f, 0);
@@ -529,8 +473,7 @@ TEST_F(shadowed_view_test, painting_twice_gives_the_same_picture_with_the_shadow
 
     // A pick in between changes no state that the next frame depends on.
     ASSERT_TRUE(view->map());
-    ASSERT_TRUE(view->paint());
-    EXPECT_TRUE(frame(view.get()) == frames[0]);
+    EXPECT_TRUE(frame() == frames[0]);
 }
 
 TEST_F(shadowed_view_test, shadow_map_is_drawn_again_only_when_what_it_shows_changed)

@@ -17,10 +17,7 @@ ixo_object_ptr<ixo_scene> scene_with(const ixo_box3<float>& box)
     return scene;
 }
 
-ixo_box3<float> unit_cube()
-{
-    return ixo_box3<float>(ixo_vector3<float>(-1, -1, -1), ixo_vector3<float>(1, 1, 1));
-}
+const ixo_box3<float> unit_cube(ixo_vector3<float>(-1, -1, -1), ixo_vector3<float>(1, 1, 1));
 
 void expect_vec(const ixo_vector3<float>& v, float x, float y, float z, float tol = 1e-3f)
 {
@@ -85,7 +82,7 @@ TEST(view_commands, view_normal_to_plane_frames_the_scene_on_the_plane)
 {
     auto camera = ixo_camera_view::create();
     camera->set_fov(50.0f);
-    auto scene = scene_with(unit_cube());
+    auto scene = scene_with(unit_cube);
     auto cmd = ixo_view_normal_to_plane_command::create(camera, scene, ixo_plane<float>());
     ASSERT_TRUE(cmd->execute());
     // The cube covers [-1, 1]² on the x-y plane: diagonal 2√2, distance √2 / tan 15°.
@@ -140,7 +137,7 @@ TEST(view_commands, view_all_fits_the_cube_and_undo_restores)
         auto camera = view->get_camera();
         camera->resize(100, 100);
         camera->set_fov(60.0f);
-        auto scene = scene_with(unit_cube());
+        auto scene = scene_with(unit_cube);
         scene->set_full_update(false);
         auto manager = ixo_command_manager::create();
 

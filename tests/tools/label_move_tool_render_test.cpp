@@ -18,13 +18,6 @@ protected:
         tool = ixo_label_move_tool::create();
     }
 
-    void TearDown() override
-    {
-        tool = nullptr;
-        label = nullptr;
-        tool_view_test::TearDown();
-    }
-
     // The box's top-left corner as drawn now, in pixels from the top-left.
     ixo_vector2<float> corner() { return camera->pixel_from_point(label->get_world_position()); }
 
@@ -36,9 +29,7 @@ protected:
         view->paint();
         ixo_vector2<float> const c = corner();
         int const x = int(c[0]) + 6, y = int(c[1]) + 4;
-        EXPECT_FALSE(tool->on_mouse_down(view, x, h - y, false, false));
-        EXPECT_TRUE(tool->on_mouse_drag(view, x + dx, h - (y + dy), false, false));
-        EXPECT_TRUE(tool->on_mouse_up(view, x + dx, h - (y + dy), false, false));
+        EXPECT_TRUE(ixo_test::gesture(*tool, view, x, h - y, x + dx, h - (y + dy)));
     }
 
     ixo_object_ptr<ixo_scene_label> label;

@@ -1,15 +1,10 @@
+#include "events/event_probe.h"
 #include "tools/tool_view.h"
+
+#include <memory>
 
 namespace
 {
-// Counts selection-changed events.
-class change_counter : public ixo_event_handler
-{
-public:
-    void on_event(ixo_object_ptr<ixo_event>) override { ++count; }
-    int count = 0;
-};
-
 // Two unit boxes seen from (0, 0, 10), orthographic: 200 pixels span 2 · tan(15°) · 10 ·
 // 2 ≈ 10.72 units, so a box at x = ∓3 covers about columns 35..53 (a) and 147..165 (b),
 // rows 41..59, and the centre column 100 is empty.
@@ -33,26 +28,11 @@ protected:
         tool = ixo_selection_tool::create(selection);
     }
 
-    void TearDown() override
-    {
-        tool = nullptr;
-        a = b = nullptr;
-        selection = nullptr;
-        tool_view_test::TearDown();
-    }
-
     bool click(int x, int y, bool m1 = false, bool m2 = false)
     {
         EXPECT_FALSE(tool->on_mouse_down(view, x, y, m1, m2));
         return tool->on_mouse_up(view, x, y, m1, m2);
     }
-    bool band(int x0, int y0, int x1, int y1, bool m2 = false)
-    {
-        EXPECT_FALSE(tool->on_mouse_down(view, x0, y0, false, m2));
-        EXPECT_TRUE(tool->on_mouse_drag(view, x1, y1, false, m2));
-        return tool->on_mouse_up(view, x1, y1, false, m2);
-    }
-    bool selected(const ixo_object_ptr<ixo_scene_box>& box) { return box->is_selected(); }
 
     ixo_object_ptr<ixo_selection> selection;
     ixo_object_ptr<ixo_scene_box> a, b;
@@ -73,20 +53,20 @@ TEST_F(selection_tool_test, object_in_point_reads_the_pixel_under_the_pointer)
 TEST_F(selection_tool_test, clicks_select_toggle_and_clear)
 {
     EXPECT_TRUE(click(44, 50));
-    EXPECT_TRUE(selected(a));
+    EXPECT_TRUE(a->is_selected());
     EXPECT_EQ(selection->get_count(), 1);
     // A plain click replaces the selection, a modifier2 click toggles.
     EXPECT_TRUE(click(156, 50));
-    EXPECT_FALSE(selected(a));
-    EXPECT_TRUE(selected(b));
+    EXPECT_FALSE(a->is_selected());
+    EXPECT_TRUE(b->is_selected());
     EXPECT_TRUE(click(44, 50, false, true));
     EXPECT_EQ(selection->get_count(), 2);
     EXPECT_TRUE(click(156, 50, false, true));
-    EXPECT_FALSE(selected(b));
-    EXPECT_TRUE(selected(a));
+    EXPECT_FALSE(b->is_selected());
+    EXPECT_TRUE(a->is_selected());
     // modifier1 abandons the gesture.
     EXPECT_FALSE(click(100, 50, true, false));
-    EXPECT_TRUE(selected(a));
+    EXPECT_TRUE(a->is_selected());
     // Empty space without modifier2 clears.
     EXPECT_TRUE(click(100, 50));
     EXPECT_TRUE(selection->is_empty());
@@ -95,8 +75,10 @@ TEST_F(selection_tool_test, clicks_select_toggle_and_clear)
 TEST_F(selection_tool_test, rubber_band_adds_each_object_once_and_toggles)
 {
     auto events = ixo_event_manager::get_app_event_manager();
-    ixo_object_ptr<change_counter> counter(new change_counter);
-    ixo_event_key key = events->subscribe(ixo_event_selection_changed::create(selection), counter);
+    auto changes = std::make_shared<int>(0); // outlives the test if it stops early
+    ixo_event_key key =
+        events->subscribe(ixo_event_selection_changed::create(selection),
+                          ixo_test::event_function::create([changes](auto) { ++*changes; }));
 
     // Through both boxes and the space between: emptied once, each box added once.
     EXPECT_FALSE(tool->on_mouse_down(view, 30, 48, false, false));
@@ -107,21 +89,21 @@ TEST_F(selection_tool_test, rubber_band_adds_each_object_once_and_toggles)
     EXPECT_EQ(rectangle->get_rectangle().minimum(), ixo_vector2<float>(30, 48));
     EXPECT_EQ(rectangle->get_rectangle().maximum(), ixo_vector2<float>(170, 52));
     EXPECT_TRUE(tool->on_mouse_up(view, 170, 52, false, false));
-    EXPECT_TRUE(selected(a) && selected(b));
-    EXPECT_EQ(counter->count, 3);
+    EXPECT_TRUE(a->is_selected() && b->is_selected());
+    EXPECT_EQ(*changes, 3);
     EXPECT_EQ(rectangle->get_parent(), nullptr);
     EXPECT_EQ(tool->get_rectangle(), nullptr);
     EXPECT_EQ(scene->get_root()->get_num_children(), 2);
 
     // Toggling a selected and an unselected object swaps them.
     EXPECT_TRUE(click(156, 50, false, true));
-    ASSERT_TRUE(selected(a) && !selected(b));
-    EXPECT_TRUE(band(170, 40, 30, 60, true));
-    EXPECT_FALSE(selected(a));
-    EXPECT_TRUE(selected(b));
+    ASSERT_TRUE(a->is_selected() && !b->is_selected());
+    EXPECT_TRUE(ixo_test::gesture(*tool, view, 170, 40, 30, 60, false, true));
+    EXPECT_FALSE(a->is_selected());
+    EXPECT_TRUE(b->is_selected());
 
     // A band reaching far outside the view reads only the view, and still finds both.
-    EXPECT_TRUE(band(-1000000, -1000000, 1000000, 1000000));
+    EXPECT_TRUE(ixo_test::gesture(*tool, view, -1000000, -1000000, 1000000, 1000000));
     EXPECT_EQ(selection->get_count(), 2);
     events->unsubscribe(key);
 }

@@ -23,20 +23,16 @@ protected:
         tool = ixo_spin_object_tool::create(box);
     }
 
-    void TearDown() override
-    {
-        tool = nullptr;
-        box = nullptr;
-        tool_view_test::TearDown();
-        ixo_win32_test_set_performance_counter(FALSE, 0);
-    }
+    ~spin_tool_test() override { ixo_win32_test_set_performance_counter(FALSE, 0); }
 
     void at(double seconds)
     {
         ixo_win32_test_set_performance_counter(TRUE, LONGLONG(seconds * ticks_per_second));
     }
-    void idle()
+    // An idle event at `seconds`.
+    void idle(double seconds)
     {
+        at(seconds);
         ixo_event_manager::get_app_event_manager()->report(ixo_event_application_idle::create());
     }
     // The box's turn about z: where its transform takes the x axis.
@@ -72,23 +68,16 @@ TEST_F(spin_tool_test, released_spin_decays_and_stops_on_idle_events)
     // 1 - e^(-1).
     double const expected = 0.01 * (1 - std::exp(-1.0)) / (1 - std::exp(-0.01));
     for (int k = 1; k <= 100; ++k)
-    {
-        at(pi / 2 + 0.01 * k);
-        idle();
-    }
+        idle(pi / 2 + 0.01 * k);
     EXPECT_NEAR(angle() - pi / 2, expected, 1e-3);
     EXPECT_NEAR(expected, 1 - std::exp(-1.0), 4e-3);
 
     // Five more seconds bring the speed to e^-6 < 0.01 rad/s: the spin is over.
     for (int s = 1; s <= 5; ++s)
-    {
-        at(pi / 2 + 1 + s);
-        idle();
-    }
+        idle(pi / 2 + 1 + s);
     EXPECT_FALSE(ixo_spin_object_tool::is_spinning());
     double const stopped = angle();
-    at(100.0);
-    idle();
+    idle(100.0);
     EXPECT_EQ(angle(), stopped);
 }
 
@@ -100,8 +89,7 @@ TEST_F(spin_tool_test, next_down_stops_a_spin_and_slow_releases_start_none)
     EXPECT_FALSE(tool->on_mouse_down(view, 140, 50, false, false));
     EXPECT_FALSE(ixo_spin_object_tool::is_spinning());
     double const held = angle();
-    at(2.0);
-    idle();
+    idle(2.0);
     EXPECT_EQ(angle(), held);
     EXPECT_TRUE(tool->on_mouse_up(view, 140, 50, false, false));
 
@@ -109,8 +97,7 @@ TEST_F(spin_tool_test, next_down_stops_a_spin_and_slow_releases_start_none)
     quarter_turn(10.0, 200.0);
     EXPECT_FALSE(ixo_spin_object_tool::is_spinning());
     double const after = angle();
-    at(300.0);
-    idle();
+    idle(300.0);
     EXPECT_EQ(angle(), after);
 
     // Without a down, drags and ups do nothing.

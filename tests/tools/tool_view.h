@@ -1,8 +1,7 @@
 #pragma once
 // The started library, a document and a 200 x 100 render view of its scene, its camera at
 // (0, 0, 10) looking at the origin with +y up and a 30° field of view, for tests that drive
-// tools with mouse calls. Tests add their objects after SetUp and drop them before
-// TearDown.
+// tools with mouse calls.
 
 #include <ixocore/ixocore.h>
 
@@ -25,13 +24,20 @@ protected:
         view = ixo_render_view_manager::get_app_render_view_manager()->create();
         ASSERT_TRUE(view->initialize(nullptr, w, h, scene));
         camera = view->get_camera();
+        reset_camera();
+    }
+
+    void reset_camera()
+    {
         camera->set_eye({0, 0, 10});
         camera->set_focus({0, 0, 0});
         camera->set_up({0, 1, 0});
         camera->set_fov(30.0f);
     }
 
-    void TearDown() override
+    // A destructor rather than TearDown, so the objects a derived fixture holds are gone
+    // before the library ends.
+    ~tool_view_test() override
     {
         camera = nullptr;
         view = nullptr;

@@ -7,6 +7,7 @@
 #include <clocale>
 #include <cmath>
 #include <string>
+#include <utility>
 
 namespace
 {
@@ -25,6 +26,14 @@ template <typename... Args> std::u16string fmt(ixo_wchar const* format, Args... 
     return out;
 }
 
+// A call's result with the errno it left, errno cleared before.
+template <typename F> auto with_errno(F call)
+{
+    errno = 0;
+    auto const result = call();
+    return std::pair(result, errno);
+}
+
 } // namespace
 
 TEST(crt, wtoi_clamps_and_reports_range_errors)
@@ -40,14 +49,10 @@ TEST(crt, wtoi_clamps_and_reports_range_errors)
     EXPECT_EQ(_wtoi(u"\uFF14\uFF12"), 42); // full-width digits
     EXPECT_EQ(errno, 0);
 
-    EXPECT_EQ(_wtoi(u"2147483648"), INT_MAX);
-    EXPECT_EQ(errno, ERANGE);
-    errno = 0;
-    EXPECT_EQ(_wtoi(u"-99999999999999999999999"), INT_MIN);
-    EXPECT_EQ(errno, ERANGE);
-    errno = 0;
-    EXPECT_EQ(_wtoi(nullptr), 0);
-    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(with_errno([] { return _wtoi(u"2147483648"); }), std::pair(INT_MAX, ERANGE));
+    EXPECT_EQ(with_errno([] { return _wtoi(u"-99999999999999999999999"); }),
+              std::pair(INT_MIN, ERANGE));
+    EXPECT_EQ(with_errno([] { return _wtoi(nullptr); }), std::pair(0, EINVAL));
 }
 
 TEST(crt, wtof_reads_leading_number)
@@ -61,14 +66,9 @@ TEST(crt, wtof_reads_leading_number)
     EXPECT_TRUE(std::isinf(_wtof(u"inf")));
     EXPECT_EQ(_wtof(u"3\u00B5m"), 3.0);
     EXPECT_EQ(errno, 0);
-    EXPECT_EQ(_wtof(u"1e999"), HUGE_VAL);
-    EXPECT_EQ(errno, ERANGE);
-    errno = 0;
-    EXPECT_EQ(_wtof(u"-1e999"), -HUGE_VAL);
-    EXPECT_EQ(errno, ERANGE);
-    errno = 0;
-    _wtof(u"1e-999");
-    EXPECT_EQ(errno, ERANGE);
+    EXPECT_EQ(with_errno([] { return _wtof(u"1e999"); }), std::pair(HUGE_VAL, ERANGE));
+    EXPECT_EQ(with_errno([] { return _wtof(u"-1e999"); }), std::pair(-HUGE_VAL, ERANGE));
+    EXPECT_EQ(with_errno([] { return _wtof(u"1e-999"); }).second, ERANGE);
 }
 
 TEST(crt, wcsicmp_lowers_before_comparing)
@@ -79,9 +79,7 @@ TEST(crt, wcsicmp_lowers_before_comparing)
     // Letters are lowered, not raised: '_' (0x5F) sorts below 'a' (0x61).
     EXPECT_LT(_wcsicmp(u"_", u"A"), 0);
     EXPECT_EQ(_wcsicmp(u"[", u"{"), '[' - '{');
-    errno = 0;
-    EXPECT_EQ(_wcsicmp(nullptr, u"a"), INT_MAX);
-    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(with_errno([] { return _wcsicmp(nullptr, u"a"); }), std::pair(INT_MAX, EINVAL));
 }
 
 TEST(crt, wide_format_string_rules)
@@ -126,9 +124,7 @@ TEST(crt, wide_format_numbers)
 
 TEST(crt, invalid_formats_are_rejected)
 {
-    errno = 0;
-    EXPECT_EQ(_scwprintf(u"%d%n", 1, nullptr), -1);
-    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(with_errno([] { return _scwprintf(u"%d%n", 1, nullptr); }), std::pair(-1, EINVAL));
     EXPECT_EQ(_scwprintf(u"%"), -1);
     EXPECT_EQ(_scwprintf(u"%k", 1), -1);
     EXPECT_EQ(_scwprintf(u"%99999999999d", 1), -1);
@@ -146,13 +142,10 @@ TEST(crt, vswprintf_s_needs_room_for_the_terminator)
     ixo_wchar buffer[4] = {u'x', u'x', u'x', u'x'};
     EXPECT_EQ(swprintf_s(buffer, 4, u"%d", 123), 3);
     EXPECT_EQ(std::u16string(buffer), u"123");
-    errno = 0;
-    EXPECT_EQ(swprintf_s(buffer, 4, u"%d", 1234), -1);
-    EXPECT_EQ(errno, ERANGE);
+    EXPECT_EQ(with_errno([&] { return swprintf_s(buffer, 4, u"%d", 1234); }),
+              std::pair(-1, ERANGE));
     EXPECT_EQ(buffer[0], 0);
-    errno = 0;
-    EXPECT_EQ(swprintf_s(buffer, 0, u"a"), -1);
-    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(with_errno([&] { return swprintf_s(buffer, 0, u"a"); }), std::pair(-1, EINVAL));
     EXPECT_EQ(swprintf_s(nullptr, 4, u"a"), -1);
 }
 

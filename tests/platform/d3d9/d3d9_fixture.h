@@ -9,12 +9,30 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <vector>
 
 struct ixo_test_pixel
 {
     std::uint8_t b, g, r, a;
 };
+
+// Pre-transformed vertices with a colour and texture coordinates.
+struct ixo_test_rhw_tex
+{
+    float x, y, z, rhw;
+    D3DCOLOR c;
+    float u, v;
+};
+
+// A strip over the top-left w x h pixels, texture coordinates running from 0 to 1.
+inline std::array<ixo_test_rhw_tex, 4> ixo_test_textured_rect(float w, float h, D3DCOLOR c)
+{
+    return {{{-0.5f, -0.5f, 0, 1, c, 0, 0},
+             {w - 0.5f, -0.5f, 0, 1, c, 1, 0},
+             {-0.5f, h - 0.5f, 0, 1, c, 0, 1},
+             {w - 0.5f, h - 0.5f, 0, 1, c, 1, 1}}};
+}
 
 template <UINT width, UINT height> class ixo_d3d9_target : public ::testing::Test
 {
@@ -77,6 +95,22 @@ protected:
         }
     }
 
+    // Clears the whole target (and, by the flags, the depth buffer) to one colour.
+    void clear(D3DCOLOR colour = 0xff000000, DWORD flags = D3DCLEAR_TARGET)
+    {
+        EXPECT_EQ(device->Clear(0, nullptr, flags, colour, 1.f, 0), D3D_OK);
+    }
+
+    // Clears, runs `draw` between BeginScene and EndScene and reads the target back.
+    template <typename F> std::vector<ixo_test_pixel> scene(F draw)
+    {
+        clear();
+        EXPECT_EQ(device->BeginScene(), D3D_OK);
+        draw();
+        EXPECT_EQ(device->EndScene(), D3D_OK);
+        return read();
+    }
+
     // Copies the render target and returns its pixels, row 0 first.
     std::vector<ixo_test_pixel> read(IDirect3DSurface9* surface = nullptr)
     {
@@ -136,4 +170,12 @@ inline ::testing::AssertionResult ixo_pixel_is(const ixo_test_pixel& p, int r, i
     return ::testing::AssertionFailure()
            << "pixel (r, g, b, a) = (" << int(p.r) << ", " << int(p.g) << ", " << int(p.b) << ", "
            << int(p.a) << "), expected (" << r << ", " << g << ", " << b << ", " << a << ")";
+}
+
+// Expects every call of the list (a braced list runs them left to right) to be refused.
+inline void ixo_expect_refused(const char* what, std::initializer_list<HRESULT> calls)
+{
+    int i = 0;
+    for (HRESULT hr : calls)
+        EXPECT_EQ(hr, D3DERR_INVALIDCALL) << what << ", call " << i++;
 }

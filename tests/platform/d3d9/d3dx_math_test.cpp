@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <initializer_list>
 
 namespace
 {
@@ -14,10 +15,28 @@ void expect_matrix_near(D3DXMATRIX const& a, D3DXMATRIX const& b, float tol = 1e
             EXPECT_NEAR(a.m[r][c], b.m[r][c], tol) << "element " << r << "," << c;
 }
 
+// Expects the first components of a vector or quaternion within `tol` of `want`.
+void expect_near(float const* got, std::initializer_list<float> want, float tol = 1e-6f)
+{
+    int i = 0;
+    for (float w : want)
+    {
+        EXPECT_NEAR(got[i], w, tol) << "component " << i;
+        ++i;
+    }
+}
+
 D3DXVECTOR4 transform(D3DXVECTOR3 p, D3DXMATRIX const& m)
 {
     D3DXVECTOR4 out;
     D3DXVec3Transform(&out, &p, &m);
+    return out;
+}
+
+D3DXVECTOR3 transform_coord(D3DXVECTOR3 p, D3DXMATRIX const& m)
+{
+    D3DXVECTOR3 out;
+    D3DXVec3TransformCoord(&out, &p, &m);
     return out;
 }
 
@@ -28,76 +47,47 @@ TEST(d3dx_math, views_and_projections_map_known_points)
     D3DXVECTOR3 eye(0, 0, 5), at(0, 0, 0), up(0, 1, 0);
     D3DXMATRIX view;
     D3DXMatrixLookAtRH(&view, &eye, &at, &up);
-    D3DXMATRIX expected(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, -5, 1);
-    expect_matrix_near(view, expected);
+    expect_matrix_near(view, D3DXMATRIX(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, -5, 1));
 
     // Looking down -x from (3, 0, 0) with y up: world +z lies on the left (view -x) in a
     // right-handed frame and on the right in a left-handed one.
     eye = {3, 0, 0};
     D3DXMatrixLookAtRH(&view, &eye, &at, &up);
-    D3DXVECTOR4 p = transform({0, 0, 1}, view);
-    EXPECT_NEAR(p.x, -1, 1e-6f);
-    EXPECT_NEAR(p.y, 0, 1e-6f);
-    EXPECT_NEAR(p.z, -3, 1e-6f);
+    expect_near(transform({0, 0, 1}, view), {-1, 0, -3, 1});
     D3DXMatrixLookAtLH(&view, &eye, &at, &up);
-    p = transform({0, 0, 1}, view);
-    EXPECT_NEAR(p.x, 1, 1e-6f);
-    EXPECT_NEAR(p.z, 3, 1e-6f);
+    expect_near(transform({0, 0, 1}, view), {1, 0, 3, 1});
 
     D3DXMATRIX proj;
     D3DXMatrixPerspectiveFovRH(&proj, D3DX_PI / 2, 2.0f, 1.0f, 101.0f);
-    EXPECT_NEAR(proj._11, 0.5f, 1e-6f);
-    EXPECT_NEAR(proj._22, 1.0f, 1e-6f);
-    EXPECT_NEAR(proj._33, -1.01f, 1e-6f);
+    expect_matrix_near(
+        proj, D3DXMATRIX(0.5f, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1.01f, -1, 0, 0, -1.01f, 0), 1e-6f);
     EXPECT_EQ(proj._34, -1.0f);
-    EXPECT_NEAR(proj._43, -1.01f, 1e-6f);
     EXPECT_EQ(proj._44, 0.0f);
     // Near plane to depth 0, far plane to depth 1, the frustum's corner to (1, 1).
-    D3DXVECTOR3 out, v(0, 0, -1);
-    D3DXVec3TransformCoord(&out, &v, &proj);
-    EXPECT_NEAR(out.z, 0.0f, 1e-6f);
-    v = {202, 101, -101};
-    D3DXVec3TransformCoord(&out, &v, &proj);
-    EXPECT_NEAR(out.x, 1.0f, 1e-5f);
-    EXPECT_NEAR(out.y, 1.0f, 1e-5f);
-    EXPECT_NEAR(out.z, 1.0f, 1e-5f);
+    expect_near(transform_coord({0, 0, -1}, proj), {0, 0, 0});
+    expect_near(transform_coord({202, 101, -101}, proj), {1, 1, 1}, 1e-5f);
     D3DXMatrixPerspectiveFovLH(&proj, D3DX_PI / 2, 1.0f, 1.0f, 101.0f);
-    v = {0, 0, 101};
-    D3DXVec3TransformCoord(&out, &v, &proj);
-    EXPECT_NEAR(out.z, 1.0f, 1e-5f);
+    expect_near(transform_coord({0, 0, 101}, proj), {0, 0, 1}, 1e-5f);
 
     D3DXMATRIX ortho;
     D3DXMatrixOrthoRH(&ortho, 4, 2, 0, 1);
-    p = transform({2, -1, -1}, ortho);
-    EXPECT_NEAR(p.x, 1, 1e-6f);
-    EXPECT_NEAR(p.y, -1, 1e-6f);
-    EXPECT_NEAR(p.z, 1, 1e-6f);
-    EXPECT_NEAR(p.w, 1, 1e-6f);
-    p = transform({0, 0, 0}, ortho);
-    EXPECT_NEAR(p.z, 0, 1e-6f);
+    expect_near(transform({2, -1, -1}, ortho), {1, -1, 1, 1});
+    expect_near(transform({0, 0, 0}, ortho), {0, 0, 0, 1});
     D3DXMatrixOrthoLH(&ortho, 4, 2, 1, 3);
-    p = transform({0, 0, 3}, ortho);
-    EXPECT_NEAR(p.z, 1, 1e-6f);
+    expect_near(transform({0, 0, 3}, ortho), {0, 0, 1, 1});
     D3DXMatrixOrthoOffCenterRH(&ortho, 0, 10, 0, 20, 0, 1);
-    p = transform({10, 20, -1}, ortho);
-    EXPECT_NEAR(p.x, 1, 1e-6f);
-    EXPECT_NEAR(p.y, 1, 1e-6f);
-    EXPECT_NEAR(p.z, 1, 1e-6f);
+    expect_near(transform({10, 20, -1}, ortho), {1, 1, 1, 1});
 }
 
 TEST(d3dx_math, rotations_products_and_inverse)
 {
     D3DXMATRIX r;
     D3DXMatrixRotationZ(&r, D3DX_PI / 2);
-    D3DXVECTOR4 p = transform({1, 0, 0}, r);
-    EXPECT_NEAR(p.x, 0, 1e-6f);
-    EXPECT_NEAR(p.y, 1, 1e-6f);
+    expect_near(transform({1, 0, 0}, r), {0, 1, 0, 1});
     D3DXMatrixRotationX(&r, D3DX_PI / 2);
-    p = transform({0, 1, 0}, r);
-    EXPECT_NEAR(p.z, 1, 1e-6f);
+    expect_near(transform({0, 1, 0}, r), {0, 0, 1, 1});
     D3DXMatrixRotationY(&r, D3DX_PI / 2);
-    p = transform({0, 0, 1}, r);
-    EXPECT_NEAR(p.x, 1, 1e-6f);
+    expect_near(transform({0, 0, 1}, r), {1, 0, 0, 1});
 
     // The quaternion form agrees with the axis form.
     D3DXVECTOR3 axis(1, 2, 3);
@@ -114,18 +104,15 @@ TEST(d3dx_math, rotations_products_and_inverse)
     D3DXQUATERNION back;
     D3DXQuaternionRotationMatrix(&back, &from_q);
     float sign = back.w * q.w < 0 ? -1.0f : 1.0f;
-    EXPECT_NEAR(back.x * sign, q.x, 1e-5f);
-    EXPECT_NEAR(back.y * sign, q.y, 1e-5f);
-    EXPECT_NEAR(back.z * sign, q.z, 1e-5f);
-    EXPECT_NEAR(back.w * sign, q.w, 1e-5f);
+    expect_near(D3DXQUATERNION(back.x * sign, back.y * sign, back.z * sign, back.w * sign),
+                {q.x, q.y, q.z, q.w}, 1e-5f);
     // A half turn (trace -1) goes through the diagonal branches.
     for (D3DXVECTOR3 a : {D3DXVECTOR3(1, 0, 0), D3DXVECTOR3(0, 1, 0), D3DXVECTOR3(0, 0, 1)})
     {
         D3DXMatrixRotationAxis(&r, &a, D3DX_PI);
         D3DXQuaternionRotationMatrix(&back, &r);
-        EXPECT_NEAR(std::abs(back.x), a.x, 1e-5f);
-        EXPECT_NEAR(std::abs(back.y), a.y, 1e-5f);
-        EXPECT_NEAR(std::abs(back.z), a.z, 1e-5f);
+        expect_near(D3DXVECTOR3(std::abs(back.x), std::abs(back.y), std::abs(back.z)),
+                    {a.x, a.y, a.z}, 1e-5f);
     }
 
     // Row vectors: S * T scales first, then moves.
@@ -133,7 +120,7 @@ TEST(d3dx_math, rotations_products_and_inverse)
     D3DXMatrixScaling(&s, 2, 3, 4);
     D3DXMatrixTranslation(&t, 1, 2, 3);
     D3DXMatrixMultiply(&st, &s, &t);
-    p = transform({1, 1, 1}, st);
+    D3DXVECTOR4 p = transform({1, 1, 1}, st);
     EXPECT_FLOAT_EQ(p.x, 3);
     EXPECT_FLOAT_EQ(p.y, 5);
     EXPECT_FLOAT_EQ(p.z, 7);
@@ -169,37 +156,35 @@ TEST(d3dx_math, rotations_products_and_inverse)
 TEST(d3dx_math, decompose_splits_scale_rotation_translation)
 {
     D3DXMATRIX s, r, t, m, tmp;
-    D3DXMatrixScaling(&s, 2, 3, 4);
     D3DXMatrixRotationZ(&r, D3DX_PI / 2);
     D3DXMatrixTranslation(&t, 1, 2, 3);
-    D3DXMatrixMultiply(&tmp, &s, &r);
-    D3DXMatrixMultiply(&m, &tmp, &t);
     D3DXVECTOR3 scale, translation;
     D3DXQUATERNION rotation;
-    ASSERT_EQ(D3DXMatrixDecompose(&scale, &rotation, &translation, &m), D3D_OK);
-    EXPECT_NEAR(scale.x, 2, 1e-5f);
-    EXPECT_NEAR(scale.y, 3, 1e-5f);
-    EXPECT_NEAR(scale.z, 4, 1e-5f);
-    EXPECT_EQ(translation, D3DXVECTOR3(1, 2, 3));
-    float const h = std::sqrt(0.5f);
-    float sign = rotation.w < 0 ? -1.0f : 1.0f;
-    EXPECT_NEAR(rotation.x * sign, 0, 1e-5f);
-    EXPECT_NEAR(rotation.y * sign, 0, 1e-5f);
-    EXPECT_NEAR(rotation.z * sign, h, 1e-5f);
-    EXPECT_NEAR(rotation.w * sign, h, 1e-5f);
-
     // A mirror keeps a proper rotation and a negative scale; recomposing gives M back.
-    D3DXMatrixScaling(&s, -2, 3, 4);
+    for (float sx : {2.f, -2.f})
+    {
+        D3DXMatrixScaling(&s, sx, 3, 4);
+        D3DXMatrixMultiply(&tmp, &s, &r);
+        D3DXMatrixMultiply(&m, &tmp, &t);
+        ASSERT_EQ(D3DXMatrixDecompose(&scale, &rotation, &translation, &m), D3D_OK);
+        expect_near(scale, {sx, 3, 4}, 1e-5f);
+        EXPECT_EQ(translation, D3DXVECTOR3(1, 2, 3));
+        D3DXMATRIX rebuilt, turn;
+        D3DXMatrixScaling(&s, scale.x, scale.y, scale.z);
+        D3DXMatrixRotationQuaternion(&turn, &rotation);
+        D3DXMatrixMultiply(&tmp, &s, &turn);
+        D3DXMatrixMultiply(&rebuilt, &tmp, &t);
+        expect_matrix_near(rebuilt, m);
+    }
+    // Without the mirror the rotation is the quarter turn about z itself.
+    D3DXMatrixScaling(&s, 2, 3, 4);
     D3DXMatrixMultiply(&tmp, &s, &r);
     D3DXMatrixMultiply(&m, &tmp, &t);
     ASSERT_EQ(D3DXMatrixDecompose(&scale, &rotation, &translation, &m), D3D_OK);
-    EXPECT_NEAR(scale.x, -2, 1e-5f);
-    D3DXMATRIX rebuilt;
-    D3DXMatrixScaling(&s, scale.x, scale.y, scale.z);
-    D3DXMatrixRotationQuaternion(&r, &rotation);
-    D3DXMatrixMultiply(&tmp, &s, &r);
-    D3DXMatrixMultiply(&rebuilt, &tmp, &t);
-    expect_matrix_near(rebuilt, m);
+    float const h = std::sqrt(0.5f), sign = rotation.w < 0 ? -1.0f : 1.0f;
+    expect_near(
+        D3DXQUATERNION(rotation.x * sign, rotation.y * sign, rotation.z * sign, rotation.w * sign),
+        {0, 0, h, h}, 1e-5f);
 
     D3DXMatrixScaling(&s, 1, 0, 1);
     EXPECT_EQ(D3DXMatrixDecompose(&scale, &rotation, &translation, &s), D3DERR_INVALIDCALL);

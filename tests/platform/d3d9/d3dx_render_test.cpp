@@ -8,6 +8,8 @@
 #define STB_IMAGE_WRITE_STATIC
 #include <stb/stb_image_write.h>
 
+#include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <string>
@@ -19,15 +21,41 @@ namespace
 UINT const size = 64;
 using pixel = ixo_test_pixel;
 
-class d3dx_render : public ixo_d3d9_target<size, size>
+bool lit(pixel p)
 {
-protected:
-    void clear(D3DCOLOR c = 0xFF000000)
-    {
-        ASSERT_EQ(device->Clear(0, nullptr, D3DCLEAR_TARGET, c, 1.0f, 0), D3D_OK);
-    }
-    static bool lit(pixel p) { return p.r > 0 || p.g > 0 || p.b > 0; }
+    return p.r > 0 || p.g > 0 || p.b > 0;
+}
+
+// The lit pixels of rows [from, to): how many, their bounds, and how many of them differ
+// from `colour` (when one is given).
+struct ink
+{
+    int count = 0, off = 0, x0 = INT_MAX, y0 = INT_MAX, x1 = -1, y1 = -1;
 };
+ink ink_of(std::vector<pixel> const& img, D3DCOLOR colour = 0, int from = 0, int to = size)
+{
+    ink k;
+    for (int y = from; y < to; ++y)
+        for (int x = 0; x < int(size); ++x)
+        {
+            pixel p = img.at(y * size + x);
+            if (!lit(p))
+                continue;
+            ++k.count;
+            k.off += colour && (p.r != ((colour >> 16) & 0xFF) || p.g != ((colour >> 8) & 0xFF) ||
+                                p.b != (colour & 0xFF));
+            k.x0 = std::min(k.x0, x), k.y0 = std::min(k.y0, y);
+            k.x1 = std::max(k.x1, x), k.y1 = std::max(k.y1, y);
+        }
+    return k;
+}
+
+// Expects each probe {x, y, lit} of the picture.
+void expect_lit(std::vector<pixel> const& img, std::initializer_list<std::array<int, 3>> probes)
+{
+    for (auto const& p : probes)
+        EXPECT_EQ(lit(img.at(p[1] * size + p[0])), p[2] != 0) << "pixel " << p[0] << ", " << p[1];
+}
 
 std::u16string wide(std::string const& s)
 {
@@ -36,45 +64,26 @@ std::u16string wide(std::string const& s)
 
 } // namespace
 
+using d3dx_render = ixo_d3d9_target<size, size>;
+
 TEST_F(d3dx_render, polyline_outlines_a_rectangle)
 {
     ID3DXLine* line = nullptr;
     ASSERT_EQ(D3DXCreateLine(device, &line), D3D_OK);
     EXPECT_EQ(line->GetWidth(), 1.0f);
-    clear();
-    ASSERT_EQ(device->BeginScene(), D3D_OK);
     D3DXVECTOR2 const pts[5] = {{10, 10}, {50, 10}, {50, 40}, {10, 40}, {10, 10}};
-    ASSERT_EQ(line->Draw(pts, 5, 0xFFFF0000), D3D_OK);
-    ASSERT_EQ(device->EndScene(), D3D_OK);
-    auto img = read();
-    int count = 0;
-    for (pixel p : img)
-        if (lit(p))
-        {
-            ++count;
-            EXPECT_EQ(p.r, 255);
-            EXPECT_EQ(p.g, 0);
-        }
-    // Four one-pixel edges: 2 * (40 + 30) pixels, give or take the corners.
-    EXPECT_NEAR(count, 140, 4);
-    EXPECT_TRUE(lit(at(img, 30, 10)));
-    EXPECT_TRUE(lit(at(img, 30, 40)));
-    EXPECT_TRUE(lit(at(img, 10, 25)));
-    EXPECT_TRUE(lit(at(img, 50, 25)));
-    EXPECT_FALSE(lit(at(img, 30, 25)));
-    EXPECT_FALSE(lit(at(img, 30, 8)));
-    EXPECT_FALSE(lit(at(img, 30, 12)));
-    EXPECT_FALSE(lit(at(img, 8, 25)));
-    EXPECT_FALSE(lit(at(img, 52, 25)));
+    auto img = scene([&] { EXPECT_EQ(line->Draw(pts, 5, 0xFFFF0000), D3D_OK); });
+    // Four one-pixel edges in red: 2 * (40 + 30) pixels, give or take the corners.
+    ink const edges = ink_of(img, 0xFFFF0000);
+    EXPECT_NEAR(edges.count, 140, 4);
+    EXPECT_EQ(edges.off, 0);
+    expect_lit(img, {{30, 10, 1}, {30, 40, 1}, {10, 25, 1}, {50, 25, 1}});
+    expect_lit(img, {{30, 25, 0}, {30, 8, 0}, {30, 12, 0}, {8, 25, 0}, {52, 25, 0}});
 
     // Five pixels wide: rows 8..12 along the top edge.
     ASSERT_EQ(line->SetWidth(5), D3D_OK);
     EXPECT_EQ(line->SetWidth(0), D3DERR_INVALIDCALL);
-    clear();
-    device->BeginScene();
-    ASSERT_EQ(line->Draw(pts, 2, 0xFF00FF00), D3D_OK);
-    device->EndScene();
-    img = read();
+    img = scene([&] { EXPECT_EQ(line->Draw(pts, 2, 0xFF00FF00), D3D_OK); });
     for (int y = 6; y <= 14; ++y)
         EXPECT_EQ(lit(at(img, 30, y)), y >= 8 && y <= 12) << y;
 
@@ -85,21 +94,16 @@ TEST_F(d3dx_render, polyline_outlines_a_rectangle)
     D3DXMatrixIdentity(&identity);
     D3DXVECTOR3 const world[3] = {{-0.5f, 0, 0.5f}, {0.5f, 0, 0.5f}, {0.5f, 0.5f, 0.5f}};
     D3DXMATRIX behind = identity;
-    clear();
-    device->BeginScene();
-    ASSERT_EQ(line->Begin(), D3D_OK);
-    ASSERT_EQ(line->DrawTransform(world, 2, &identity, 0xFF0000FF), D3D_OK);
     behind._44 = -1; // every point gets w = -1
-    ASSERT_EQ(line->DrawTransform(world + 1, 2, &behind, 0xFF0000FF), D3D_OK);
-    ASSERT_EQ(line->End(), D3D_OK);
-    device->EndScene();
-    img = read();
-    EXPECT_TRUE(lit(at(img, 32, 32)));
-    EXPECT_TRUE(lit(at(img, 17, 32)));
-    EXPECT_TRUE(lit(at(img, 47, 32)));
-    EXPECT_FALSE(lit(at(img, 12, 32)));
-    EXPECT_FALSE(lit(at(img, 52, 32)));
-    EXPECT_FALSE(lit(at(img, 48, 24)));
+    img = scene(
+        [&]
+        {
+            ASSERT_EQ(line->Begin(), D3D_OK);
+            EXPECT_EQ(line->DrawTransform(world, 2, &identity, 0xFF0000FF), D3D_OK);
+            EXPECT_EQ(line->DrawTransform(world + 1, 2, &behind, 0xFF0000FF), D3D_OK);
+            EXPECT_EQ(line->End(), D3D_OK);
+        });
+    expect_lit(img, {{32, 32, 1}, {17, 32, 1}, {47, 32, 1}, {12, 32, 0}, {52, 32, 0}, {48, 24, 0}});
     EXPECT_EQ(at(img, 32, 32).b, 255);
 
     EXPECT_EQ(line->Draw(nullptr, 3, 0), D3DERR_INVALIDCALL);
@@ -120,119 +124,105 @@ TEST_F(d3dx_render, text_is_measured_and_drawn_inside_its_rectangle)
     ASSERT_EQ(font->GetDescW(&desc), D3D_OK);
     EXPECT_EQ(desc.Height, -12);
     EXPECT_EQ(std::u16string(desc.FaceName), u"Segoe UI");
+    auto measure =
+        [&](ID3DXFont* f, char16_t const* text, INT count = -1, LONG width = 0, DWORD format = 0)
+    {
+        RECT r{0, 0, width, 0};
+        INT h = f->DrawTextW(nullptr, text, count, &r, DT_CALCRECT | format, 0);
+        EXPECT_EQ(h, r.bottom);
+        return r;
+    };
 
-    RECT m{0, 0, 0, 0};
-    INT h = font->DrawTextW(nullptr, u"Hello", -1, &m, DT_CALCRECT, 0);
-    EXPECT_EQ(h, m.bottom);
+    RECT const m = measure(font, u"Hello");
     EXPECT_GT(m.right, 20);
     EXPECT_LT(m.right, 50);
     EXPECT_GE(m.bottom, 12);
     EXPECT_LE(m.bottom, 18);
-    RECT two{0, 0, 0, 0};
-    EXPECT_EQ(font->DrawTextW(nullptr, u"Hello\nHello world", -1, &two, DT_CALCRECT, 0),
-              2 * m.bottom);
+    RECT const two = measure(font, u"Hello\nHello world");
+    EXPECT_EQ(two.bottom, 2 * m.bottom);
     EXPECT_GT(two.right, m.right);
-    RECT part{0, 0, 0, 0};
-    font->DrawTextW(nullptr, u"Hello world", 5, &part, DT_CALCRECT, 0);
-    EXPECT_EQ(part.right, m.right);
+    EXPECT_EQ(measure(font, u"Hello world", 5).right, m.right);
     // Word breaks wrap at the rectangle's width, measuring included.
-    RECT narrow{0, 0, m.right + 2, 0};
-    EXPECT_EQ(font->DrawTextW(nullptr, u"Hello Hello", -1, &narrow, DT_CALCRECT | DT_WORDBREAK, 0),
-              2 * m.bottom);
+    RECT const narrow = measure(font, u"Hello Hello", -1, m.right + 2, DT_WORDBREAK);
+    EXPECT_EQ(narrow.bottom, 2 * m.bottom);
     EXPECT_EQ(narrow.right, m.right);
     // A positive height is the cell: ascent plus descent.
     ID3DXFont* cell = nullptr;
     ASSERT_EQ(D3DXCreateFontW(device, 20, 0, FW_BOLD, 0, TRUE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
                               ANTIALIASED_QUALITY, 0, u"Segoe UI", &cell),
               D3D_OK);
-    RECT c{0, 0, 0, 0};
-    cell->DrawTextW(nullptr, u"Hello", -1, &c, DT_CALCRECT, 0);
-    EXPECT_NEAR(c.bottom, 20, 1);
+    EXPECT_NEAR(measure(cell, u"Hello").bottom, 20, 1);
     cell->Release();
 
     // Drawn at (10, 20): every lit pixel lies in the measured rectangle, in the colour.
-    clear();
-    device->BeginScene();
     RECT r{10, 20, 10 + m.right, 20 + m.bottom};
-    EXPECT_EQ(font->DrawTextW(nullptr, u"Hello", -1, &r, DT_NOCLIP, 0xFFFFFF00), h);
-    device->EndScene();
-    auto img = read();
-    int inside = 0, outside = 0;
-    for (int y = 0; y < int(size); ++y)
-        for (int x = 0; x < int(size); ++x)
-        {
-            pixel p = at(img, x, y);
-            if (!lit(p))
-                continue;
-            bool in = x >= r.left && x < r.right && y >= r.top && y < r.bottom;
-            (in ? inside : outside)++;
-            EXPECT_EQ(p.r, 255);
-            EXPECT_EQ(p.g, 255);
-            EXPECT_EQ(p.b, 0);
-        }
-    EXPECT_GT(inside, 30);
-    EXPECT_EQ(outside, 0);
+    auto img = scene(
+        [&] {
+            EXPECT_EQ(font->DrawTextW(nullptr, u"Hello", -1, &r, DT_NOCLIP, 0xFFFFFF00), m.bottom);
+        });
+    ink const all = ink_of(img, 0xFFFFFF00);
+    EXPECT_GT(all.count, 30);
+    EXPECT_EQ(all.off, 0);
+    EXPECT_GE(all.x0, r.left);
+    EXPECT_LT(all.x1, r.right);
+    EXPECT_GE(all.y0, r.top);
+    EXPECT_LT(all.y1, r.bottom);
 
     // Without DT_NOCLIP the rectangle clips: only its left half stays lit.
-    clear();
-    device->BeginScene();
     RECT half{10, 20, 10 + m.right / 2, 20 + m.bottom};
-    font->DrawTextW(nullptr, u"Hello", -1, &half, 0, 0xFFFFFFFF);
-    device->EndScene();
-    img = read();
-    int clipped = 0;
-    for (int y = 0; y < int(size); ++y)
-        for (int x = 0; x < int(size); ++x)
-            if (lit(at(img, x, y)))
-            {
-                ++clipped;
-                EXPECT_LT(x, half.right);
-            }
-    EXPECT_GT(clipped, 5);
-    EXPECT_LT(clipped, inside);
+    img = scene([&] { font->DrawTextW(nullptr, u"Hello", -1, &half, 0, 0xFFFFFFFF); });
+    ink const clipped = ink_of(img);
+    EXPECT_LT(clipped.x1, half.right);
+    EXPECT_GT(clipped.count, 5);
+    EXPECT_LT(clipped.count, all.count);
 
     // Centred both ways in the whole target: the ink's middle is near the centre.
-    clear();
-    device->BeginScene();
-    RECT all{0, 0, LONG(size), LONG(size)};
-    font->DrawTextW(nullptr, u"Hello", -1, &all, DT_CENTER | DT_VCENTER | DT_SINGLELINE,
-                    0xFFFFFFFF);
-    device->EndScene();
-    img = read();
-    int minx = size, maxx = -1, miny = size, maxy = -1;
-    for (int y = 0; y < int(size); ++y)
-        for (int x = 0; x < int(size); ++x)
-            if (lit(at(img, x, y)))
-                minx = std::min(minx, x), maxx = std::max(maxx, x), miny = std::min(miny, y),
-                maxy = std::max(maxy, y);
-    EXPECT_NEAR((minx + maxx) / 2.0, 32.0, 3.0);
-    EXPECT_NEAR((miny + maxy) / 2.0, 32.0, 4.0);
-    EXPECT_GE(miny, (int(size) - m.bottom) / 2);
-    EXPECT_LT(maxy, (int(size) + m.bottom) / 2 + 1);
+    RECT whole{0, 0, LONG(size), LONG(size)};
+    img = scene(
+        [&]
+        {
+            font->DrawTextW(nullptr, u"Hello", -1, &whole, DT_CENTER | DT_VCENTER | DT_SINGLELINE,
+                            0xFFFFFFFF);
+        });
+    ink const centred = ink_of(img);
+    EXPECT_NEAR((centred.x0 + centred.x1) / 2.0, 32.0, 3.0);
+    EXPECT_NEAR((centred.y0 + centred.y1) / 2.0, 32.0, 4.0);
+    EXPECT_GE(centred.y0, (int(size) - m.bottom) / 2);
+    EXPECT_LT(centred.y1, (int(size) + m.bottom) / 2 + 1);
 
     // An expanded tab is drawn as wide as it is measured: the second H starts where the
     // measure puts it, not straight after the first.
-    RECT one_h{0, 0, 0, 0}, tabbed{0, 0, 0, 0};
-    font->DrawTextW(nullptr, u"H", -1, &one_h, DT_CALCRECT, 0);
-    font->DrawTextW(nullptr, u"H\tH", -1, &tabbed, DT_CALCRECT | DT_EXPANDTABS, 0);
+    RECT const one_h = measure(font, u"H"), tabbed = measure(font, u"H\tH", -1, 0, DT_EXPANDTABS);
     ASSERT_GT(tabbed.right, 2 * one_h.right + 4);
     ASSERT_LT(tabbed.right, LONG(size) - 4);
-    clear();
-    device->BeginScene();
     RECT tab_rect{2, 2, 2 + tabbed.right, 2 + tabbed.bottom};
-    font->DrawTextW(nullptr, u"H\tH", -1, &tab_rect, DT_EXPANDTABS | DT_NOCLIP, 0xFFFFFFFF);
-    device->EndScene();
-    img = read();
-    int rightmost = -1;
-    for (int y = 0; y < int(size); ++y)
-        for (int x = 0; x < int(size); ++x)
-            if (lit(at(img, x, y)))
-                rightmost = std::max(rightmost, x);
+    img = scene(
+        [&] {
+            font->DrawTextW(nullptr, u"H\tH", -1, &tab_rect, DT_EXPANDTABS | DT_NOCLIP, 0xFFFFFFFF);
+        });
+    int const rightmost = ink_of(img).x1;
     EXPECT_GT(rightmost, tab_rect.right - one_h.right);
     EXPECT_LT(rightmost, tab_rect.right + 1);
 
-    EXPECT_EQ(font->DrawTextW(nullptr, nullptr, -1, &all, 0, 0), 0);
+    // Through the caller's sprite: the same ink as without one.
+    ID3DXSprite* sprite = nullptr;
+    ASSERT_EQ(D3DXCreateSprite(device, &sprite), D3D_OK);
+    img = scene(
+        [&]
+        {
+            ASSERT_EQ(sprite->Begin(D3DXSPRITE_ALPHABLEND), D3D_OK);
+            EXPECT_EQ(font->DrawTextW(sprite, u"Hello", -1, &r, DT_NOCLIP, 0xFFFFFF00), m.bottom);
+            EXPECT_EQ(sprite->End(), D3D_OK);
+        });
+    EXPECT_EQ(ink_of(img, 0xFFFFFF00).count, all.count);
+    sprite->Release();
+
+    EXPECT_EQ(font->DrawTextW(nullptr, nullptr, -1, &whole, 0, 0), 0);
     EXPECT_EQ(font->DrawTextW(nullptr, u"x", -1, nullptr, 0, 0), 0);
+    IDirect3DDevice9* got = nullptr;
+    ASSERT_EQ(font->GetDevice(&got), D3D_OK);
+    EXPECT_EQ(got, device);
+    got->Release();
     font->Release();
 }
 
@@ -252,58 +242,42 @@ TEST_F(d3dx_render, sprite_tints_and_places_texels)
     ID3DXSprite* sprite = nullptr;
     ASSERT_EQ(D3DXCreateSprite(device, &sprite), D3D_OK);
     EXPECT_EQ(sprite->Draw(tex, nullptr, nullptr, nullptr, 0xFFFFFFFF), D3DERR_INVALIDCALL);
-    clear(0xFF000000);
-    device->BeginScene();
-    ASSERT_EQ(sprite->Begin(D3DXSPRITE_ALPHABLEND), D3D_OK);
-    EXPECT_EQ(sprite->Begin(0), D3DERR_INVALIDCALL);
-    D3DXVECTOR3 pos(10, 10, 0);
-    ASSERT_EQ(sprite->Draw(tex, nullptr, nullptr, &pos, 0xFF00FF00), D3D_OK);
-    // Half-transparent red over black, and a 2 x 2 part of the texture with its centre.
-    D3DXVECTOR3 pos2(30, 10, 0), centre(1, 1, 0);
-    RECT src{2, 0, 4, 2};
-    ASSERT_EQ(sprite->Draw(tex, nullptr, nullptr, &pos2, 0x80FF0000), D3D_OK);
-    D3DXVECTOR3 pos3(51, 11, 0);
-    ASSERT_EQ(sprite->Draw(tex, &src, &centre, &pos3, 0xFFFFFFFF), D3D_OK);
-    ASSERT_EQ(sprite->End(), D3D_OK);
-    // A scaling transform doubles the rectangle.
-    D3DXMATRIX scale;
-    D3DXMatrixScaling(&scale, 2, 2, 1);
-    ASSERT_EQ(sprite->SetTransform(&scale), D3D_OK);
-    ASSERT_EQ(sprite->Begin(0), D3D_OK);
-    D3DXVECTOR3 pos4(5, 20, 0);
-    ASSERT_EQ(sprite->Draw(tex, nullptr, nullptr, &pos4, 0xFF0000FF), D3D_OK);
-    ASSERT_EQ(sprite->End(), D3D_OK);
-    device->EndScene();
-    auto img = read();
+    auto img = scene(
+        [&]
+        {
+            ASSERT_EQ(sprite->Begin(D3DXSPRITE_ALPHABLEND), D3D_OK);
+            EXPECT_EQ(sprite->Begin(0), D3DERR_INVALIDCALL);
+            D3DXVECTOR3 pos(10, 10, 0);
+            EXPECT_EQ(sprite->Draw(tex, nullptr, nullptr, &pos, 0xFF00FF00), D3D_OK);
+            // Half-transparent red over black, and a 2 x 2 part of the texture with its centre.
+            D3DXVECTOR3 pos2(30, 10, 0), centre(1, 1, 0), pos3(51, 11, 0);
+            RECT src{2, 0, 4, 2};
+            EXPECT_EQ(sprite->Draw(tex, nullptr, nullptr, &pos2, 0x80FF0000), D3D_OK);
+            EXPECT_EQ(sprite->Draw(tex, &src, &centre, &pos3, 0xFFFFFFFF), D3D_OK);
+            EXPECT_EQ(sprite->End(), D3D_OK);
+            // A scaling transform doubles the rectangle.
+            D3DXMATRIX scale;
+            D3DXMatrixScaling(&scale, 2, 2, 1);
+            EXPECT_EQ(sprite->SetTransform(&scale), D3D_OK);
+            ASSERT_EQ(sprite->Begin(0), D3D_OK);
+            D3DXVECTOR3 pos4(5, 20, 0);
+            EXPECT_EQ(sprite->Draw(tex, nullptr, nullptr, &pos4, 0xFF0000FF), D3D_OK);
+            EXPECT_EQ(sprite->End(), D3D_OK);
+        });
 
-    pixel p = at(img, 10, 10);
-    EXPECT_EQ(p.r, 0);
-    EXPECT_EQ(p.g, 255);
-    EXPECT_EQ(p.b, 0);
-    p = at(img, 12, 13);
-    EXPECT_EQ(p.g, 255);
-    p = at(img, 13, 10); // the grey column, tinted green
-    EXPECT_NEAR(p.g, 128, 1);
-    EXPECT_FALSE(lit(at(img, 14, 10)));
-    EXPECT_FALSE(lit(at(img, 9, 10)));
-    EXPECT_FALSE(lit(at(img, 10, 14)));
-    EXPECT_FALSE(lit(at(img, 10, 9)));
-    p = at(img, 31, 11);
-    EXPECT_NEAR(p.r, 128, 2);
-    EXPECT_EQ(p.g, 0);
+    EXPECT_TRUE(ixo_pixel_is(at(img, 10, 10), 0, 255, 0, 255, 0));
+    EXPECT_EQ(at(img, 12, 13).g, 255);
+    EXPECT_NEAR(at(img, 13, 10).g, 128, 1); // the grey column, tinted green
+    EXPECT_NEAR(at(img, 31, 11).r, 128, 2);
+    EXPECT_EQ(at(img, 31, 11).g, 0);
     // The part: texels (2..3, 0..1) with texel (1, 1) of the part at (51, 11).
     EXPECT_EQ(at(img, 50, 10).r, 255);
     EXPECT_NEAR(at(img, 51, 10).r, 128, 1);
-    EXPECT_FALSE(lit(at(img, 52, 10)));
-    EXPECT_FALSE(lit(at(img, 50, 12)));
-    EXPECT_FALSE(lit(at(img, 49, 10)));
     // Scaled: (5, 20) * 2 = (10, 40), 8 x 8 pixels.
     EXPECT_EQ(at(img, 10, 40).b, 255);
     EXPECT_EQ(at(img, 15, 47).b, 255);
-    EXPECT_FALSE(lit(at(img, 18, 40)));
-    EXPECT_FALSE(lit(at(img, 10, 48)));
-    EXPECT_FALSE(lit(at(img, 9, 40)));
-
+    expect_lit(img, {{14, 10, 0}, {9, 10, 0}, {10, 14, 0}, {10, 9, 0}, {52, 10, 0}, {50, 12, 0}});
+    expect_lit(img, {{49, 10, 0}, {18, 40, 0}, {10, 48, 0}, {9, 40, 0}});
     sprite->Release();
     tex->Release();
 }
@@ -317,18 +291,20 @@ TEST_F(d3dx_render, texture_from_png_file)
     unsigned char const rgba[] = {255, 0,  0,  255, 0,   255, 0,   255, 0, 0, 255, 255,
                                   10,  20, 30, 40,  255, 255, 255, 255, 1, 2, 3,   255};
     ASSERT_NE(stbi_write_png(path.c_str(), 3, 2, 4, rgba, 3 * 4), 0);
-
-    IDirect3DTexture9* tex = nullptr;
-    D3DXIMAGE_INFO info{};
     // The Windows form of the path, as the host's folder helpers hand it out.
     std::u16string win = wide(path);
-    for (auto& c : win)
-        if (c == u'/')
-            c = u'\\';
-    ASSERT_EQ(D3DXCreateTextureFromFileExW(device, win.c_str(), D3DX_DEFAULT_NONPOW2,
-                                           D3DX_DEFAULT_NONPOW2, 1, 0, D3DFMT_A8R8G8B8,
-                                           D3DPOOL_MANAGED, D3DX_FILTER_NONE, D3DX_FILTER_NONE, 0,
-                                           &info, nullptr, &tex),
+    std::replace(win.begin(), win.end(), u'/', u'\\');
+    IDirect3DTexture9* tex = nullptr;
+    D3DXIMAGE_INFO info{};
+    auto load = [&](char16_t const* file, UINT width, UINT height, UINT levels, D3DFORMAT format,
+                    D3DPOOL pool, DWORD filter, DWORD mip_filter, D3DCOLOR key,
+                    D3DXIMAGE_INFO* out = nullptr)
+    {
+        return D3DXCreateTextureFromFileExW(device, file, width, height, levels, 0, format, pool,
+                                            filter, mip_filter, key, out, nullptr, &tex);
+    };
+    ASSERT_EQ(load(win.c_str(), D3DX_DEFAULT_NONPOW2, D3DX_DEFAULT_NONPOW2, 1, D3DFMT_A8R8G8B8,
+                   D3DPOOL_MANAGED, D3DX_FILTER_NONE, D3DX_FILTER_NONE, 0, &info),
               D3D_OK);
     EXPECT_EQ(info.Width, 3u);
     EXPECT_EQ(info.Height, 2u);
@@ -344,32 +320,28 @@ TEST_F(d3dx_render, texture_from_png_file)
     for (int y = 0; y < 2; ++y)
         for (int x = 0; x < 3; ++x)
         {
-            auto q = static_cast<unsigned char const*>(lr.pBits) + y * lr.Pitch + 4 * x;
+            pixel q;
+            std::memcpy(&q, static_cast<unsigned char const*>(lr.pBits) + y * lr.Pitch + 4 * x, 4);
             unsigned char const* s = rgba + 4 * (3 * y + x);
-            EXPECT_EQ(q[0], s[2]);
-            EXPECT_EQ(q[1], s[1]);
-            EXPECT_EQ(q[2], s[0]);
-            EXPECT_EQ(q[3], s[3]);
+            EXPECT_TRUE(ixo_pixel_is(q, s[0], s[1], s[2], s[3], 0)) << x << ", " << y;
         }
     tex->UnlockRect(0);
     tex->Release();
 
     // Default pool, drawn through a sprite: the picture reaches the target unchanged.
-    ASSERT_EQ(D3DXCreateTextureFromFileExW(device, win.c_str(), D3DX_DEFAULT_NONPOW2,
-                                           D3DX_DEFAULT_NONPOW2, 1, 0, D3DFMT_A8R8G8B8,
-                                           D3DPOOL_DEFAULT, D3DX_FILTER_NONE, D3DX_FILTER_NONE, 0,
-                                           nullptr, nullptr, &tex),
+    ASSERT_EQ(load(win.c_str(), D3DX_DEFAULT_NONPOW2, D3DX_DEFAULT_NONPOW2, 1, D3DFMT_A8R8G8B8,
+                   D3DPOOL_DEFAULT, D3DX_FILTER_NONE, D3DX_FILTER_NONE, 0),
               D3D_OK);
     ID3DXSprite* sprite = nullptr;
     ASSERT_EQ(D3DXCreateSprite(device, &sprite), D3D_OK);
-    clear();
-    device->BeginScene();
-    sprite->Begin(0);
-    D3DXVECTOR3 pos(7, 9, 0);
-    sprite->Draw(tex, nullptr, nullptr, &pos, 0xFFFFFFFF);
-    sprite->End();
-    device->EndScene();
-    auto img = read();
+    auto img = scene(
+        [&]
+        {
+            sprite->Begin(0);
+            D3DXVECTOR3 pos(7, 9, 0);
+            sprite->Draw(tex, nullptr, nullptr, &pos, 0xFFFFFFFF);
+            sprite->End();
+        });
     EXPECT_EQ(at(img, 7, 9).r, 255);
     EXPECT_EQ(at(img, 8, 9).g, 255);
     EXPECT_EQ(at(img, 9, 9).b, 255);
@@ -380,9 +352,8 @@ TEST_F(d3dx_render, texture_from_png_file)
     tex->Release();
 
     // Power-of-two rounding with a full chain, and a colour key on pure red.
-    ASSERT_EQ(D3DXCreateTextureFromFileExW(device, wide(path).c_str(), D3DX_DEFAULT, D3DX_DEFAULT, 0,
-                                           0, D3DFMT_UNKNOWN, D3DPOOL_MANAGED, D3DX_FILTER_POINT,
-                                           D3DX_FILTER_BOX, 0xFFFF0000, nullptr, nullptr, &tex),
+    ASSERT_EQ(load(wide(path).c_str(), D3DX_DEFAULT, D3DX_DEFAULT, 0, D3DFMT_UNKNOWN,
+                   D3DPOOL_MANAGED, D3DX_FILTER_POINT, D3DX_FILTER_BOX, 0xFFFF0000),
               D3D_OK);
     ASSERT_EQ(tex->GetLevelDesc(0, &desc), D3D_OK);
     EXPECT_EQ(desc.Width, 4u);
@@ -402,10 +373,8 @@ TEST_F(d3dx_render, texture_from_png_file)
     ASSERT_NE(stbi_write_jpg(jpg.c_str(), 8, 8, 3, grey, 95), 0);
     for (auto const& [file, format] : {std::pair{bmp, D3DXIFF_BMP}, std::pair{jpg, D3DXIFF_JPG}})
     {
-        ASSERT_EQ(D3DXCreateTextureFromFileExW(device, wide(file).c_str(), D3DX_FROM_FILE,
-                                               D3DX_FROM_FILE, D3DX_FROM_FILE, 0, D3DFMT_X8R8G8B8,
-                                               D3DPOOL_MANAGED, D3DX_DEFAULT, D3DX_DEFAULT, 0,
-                                               &info, nullptr, &tex),
+        ASSERT_EQ(load(wide(file).c_str(), D3DX_FROM_FILE, D3DX_FROM_FILE, D3DX_FROM_FILE,
+                       D3DFMT_X8R8G8B8, D3DPOOL_MANAGED, D3DX_DEFAULT, D3DX_DEFAULT, 0, &info),
                   D3D_OK);
         EXPECT_EQ(info.ImageFileFormat, format);
         EXPECT_EQ(info.Width, 8u);
@@ -417,9 +386,8 @@ TEST_F(d3dx_render, texture_from_png_file)
         tex->UnlockRect(0);
         tex->Release();
     }
-    EXPECT_EQ(D3DXCreateTextureFromFileExW(device, wide(bmp).c_str(), 100000, 8, 1, 0,
-                                           D3DFMT_A8R8G8B8, D3DPOOL_MANAGED, D3DX_DEFAULT,
-                                           D3DX_DEFAULT, 0, nullptr, nullptr, &tex),
+    EXPECT_EQ(load(wide(bmp).c_str(), 100000, 8, 1, D3DFMT_A8R8G8B8, D3DPOOL_MANAGED, D3DX_DEFAULT,
+                   D3DX_DEFAULT, 0),
               D3DERR_INVALIDCALL);
     std::remove(bmp.c_str());
     std::remove(jpg.c_str());
@@ -476,69 +444,14 @@ TEST_F(d3dx_render, mesh_builders_draw_their_shapes)
     device->SetRenderState(D3DRS_ZENABLE, D3DZB_FALSE);
     // Seen through a right-handed view, outward faces turn counter-clockwise.
     device->SetRenderState(D3DRS_CULLMODE, D3DCULL_CW);
-    clear();
-    device->BeginScene();
-    ASSERT_EQ(sphere->DrawSubset(0), D3D_OK);
-    ASSERT_EQ(sphere->DrawSubset(1), D3D_OK);
-    device->EndScene();
-    auto img = read();
-    int covered = 0;
-    for (pixel p : img)
-        covered += lit(p) ? 1 : 0;
+    auto img = scene(
+        [&]
+        {
+            EXPECT_EQ(sphere->DrawSubset(0), D3D_OK);
+            EXPECT_EQ(sphere->DrawSubset(1), D3D_OK);
+        });
     double const r = std::tan(std::asin(0.2)) / std::tan(D3DX_PI / 8) * 32;
-    EXPECT_NEAR(covered, D3DX_PI * r * r, 0.06 * D3DX_PI * r * r);
-    EXPECT_TRUE(lit(at(img, 32, 32)));
-    EXPECT_FALSE(lit(at(img, 32, 32 - 18)));
-    EXPECT_FALSE(lit(at(img, 32 + 18, 32)));
+    EXPECT_NEAR(ink_of(img).count, D3DX_PI * r * r, 0.06 * D3DX_PI * r * r);
+    expect_lit(img, {{32, 32, 1}, {32, 32 - 18, 0}, {32 + 18, 32, 0}});
     sphere->Release();
-}
-
-TEST_F(d3dx_render, helpers_survive_a_device_reset)
-{
-    ID3DXFont* font = nullptr;
-    ID3DXLine* line = nullptr;
-    ID3DXSprite* sprite = nullptr;
-    ASSERT_EQ(D3DXCreateFontW(device, -12, 0, FW_NORMAL, 0, FALSE, DEFAULT_CHARSET,
-                              OUT_DEFAULT_PRECIS, NONANTIALIASED_QUALITY, 0, u"Segoe UI", &font),
-              D3D_OK);
-    ASSERT_EQ(D3DXCreateLine(device, &line), D3D_OK);
-    ASSERT_EQ(D3DXCreateSprite(device, &sprite), D3D_OK);
-    RECT r{2, 2, 60, 30};
-    device->BeginScene();
-    font->DrawTextW(nullptr, u"Reset", -1, &r, DT_NOCLIP, 0xFFFFFFFF);
-    device->EndScene();
-
-    EXPECT_EQ(font->OnLostDevice(), D3D_OK);
-    EXPECT_EQ(line->OnLostDevice(), D3D_OK);
-    EXPECT_EQ(sprite->OnLostDevice(), D3D_OK);
-    release_surfaces();
-    ASSERT_EQ(device->Reset(&pp), D3D_OK);
-    EXPECT_EQ(font->OnResetDevice(), D3D_OK);
-    EXPECT_EQ(line->OnResetDevice(), D3D_OK);
-    EXPECT_EQ(sprite->OnResetDevice(), D3D_OK);
-    create_surfaces();
-
-    clear();
-    device->BeginScene();
-    // Through the caller's sprite this time.
-    ASSERT_EQ(sprite->Begin(D3DXSPRITE_ALPHABLEND), D3D_OK);
-    EXPECT_GT(font->DrawTextW(sprite, u"Reset", -1, &r, DT_NOCLIP, 0xFFFFFFFF), 0);
-    ASSERT_EQ(sprite->End(), D3D_OK);
-    D3DXVECTOR2 const pts[2] = {{0, 50}, {64, 50}};
-    line->Draw(pts, 2, 0xFFFFFFFF);
-    device->EndScene();
-    auto img = read();
-    int text = 0;
-    for (int y = 0; y < 40; ++y)
-        for (int x = 0; x < int(size); ++x)
-            text += lit(at(img, x, y)) ? 1 : 0;
-    EXPECT_GT(text, 20);
-    EXPECT_TRUE(lit(at(img, 32, 50)));
-    IDirect3DDevice9* got = nullptr;
-    ASSERT_EQ(font->GetDevice(&got), D3D_OK);
-    EXPECT_EQ(got, device);
-    got->Release();
-    font->Release();
-    line->Release();
-    sprite->Release();
 }

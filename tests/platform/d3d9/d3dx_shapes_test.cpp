@@ -1,4 +1,9 @@
+// The shape builders and the mesh reordering, directly and through the D3DX entry points.
+
+#include "d3d9_fixture.h"
 #include "platform/d3d9/d3dx_shapes.h"
+
+#include <ixocore/platform/d3dx9.h>
 
 #include <gtest/gtest.h>
 
@@ -28,19 +33,17 @@ v3 normal(ixo_d3dx_shape const& s, std::size_t i)
 
 void expect_bounds(ixo_d3dx_shape const& s, v3 lo, v3 hi)
 {
-    v3 mn{1e30f, 1e30f, 1e30f}, mx{-1e30f, -1e30f, -1e30f};
-    for (std::size_t i = 0; i < s.vertex_count(); ++i)
+    for (std::size_t k = 0; k < 3; ++k)
     {
-        v3 p = position(s, i);
-        mn = {std::min(mn.x, p.x), std::min(mn.y, p.y), std::min(mn.z, p.z)};
-        mx = {std::max(mx.x, p.x), std::max(mx.y, p.y), std::max(mx.z, p.z)};
+        float mn = 1e30f, mx = -1e30f;
+        for (std::size_t i = 0; i < s.vertex_count(); ++i)
+        {
+            mn = std::min(mn, s.vertices[6 * i + k]);
+            mx = std::max(mx, s.vertices[6 * i + k]);
+        }
+        EXPECT_NEAR(mn, (&lo.x)[k], 1e-5f) << "axis " << k;
+        EXPECT_NEAR(mx, (&hi.x)[k], 1e-5f) << "axis " << k;
     }
-    EXPECT_NEAR(mn.x, lo.x, 1e-5f);
-    EXPECT_NEAR(mn.y, lo.y, 1e-5f);
-    EXPECT_NEAR(mn.z, lo.z, 1e-5f);
-    EXPECT_NEAR(mx.x, hi.x, 1e-5f);
-    EXPECT_NEAR(mx.y, hi.y, 1e-5f);
-    EXPECT_NEAR(mx.z, hi.z, 1e-5f);
 }
 
 // Every non-degenerate face of a convex solid centred on the origin must face away from
@@ -244,4 +247,50 @@ TEST(d3dx_shapes, optimised_orders_keep_the_triangles_and_help_the_cache)
     EXPECT_EQ(vertex_remap[reordered[0]], 0u);
     EXPECT_EQ(vertex_remap[reordered[1]], 1u);
     EXPECT_EQ(vertex_remap[reordered[2]], 2u);
+
+    // The D3DX entry points give the same remaps from either index width.
+    std::vector<std::uint16_t> const small(shuffled.begin(), shuffled.end());
+    UINT const f = UINT(total), nv = UINT(verts);
+    for (bool wide : {true, false})
+    {
+        void const* data = wide ? static_cast<void const*>(shuffled.data()) : small.data();
+        std::vector<DWORD> v(verts), fr(total);
+        ASSERT_EQ(D3DXOptimizeFaces(data, f, nv, wide, fr.data()), D3D_OK);
+        ASSERT_EQ(D3DXOptimizeVertices(data, f, nv, wide, v.data()), D3D_OK);
+        EXPECT_EQ(std::vector<std::uint32_t>(fr.begin(), fr.end()), face_remap) << wide;
+        std::vector<std::uint32_t> want_v(verts);
+        ixo_d3dx_optimize_vertices(shuffled.data(), total, verts, want_v.data());
+        EXPECT_EQ(std::vector<std::uint32_t>(v.begin(), v.end()), want_v) << wide;
+    }
+    std::vector<DWORD> remap(verts);
+    // The last: an index beyond the vertex count.
+    ixo_expect_refused("optimize",
+                       {D3DXOptimizeFaces(nullptr, f, nv, TRUE, remap.data()),
+                        D3DXOptimizeFaces(shuffled.data(), f, nv, TRUE, nullptr),
+                        D3DXOptimizeVertices(shuffled.data(), f, nv, TRUE, nullptr),
+                        D3DXOptimizeFaces(shuffled.data(), f, 0, TRUE, remap.data()),
+                        D3DXOptimizeVertices(shuffled.data(), f, nv - 5, TRUE, remap.data())});
+}
+
+// Worst cases for the optimiser: a fan around one vertex (valence far above the split
+// limit) mixed with degenerate and repeated triangles. The result is a permutation, the fan
+// triangles stay in front and the degenerate and repeated ones follow in their old order.
+TEST(d3dx_shapes, fans_repeats_and_degenerate_triangles_keep_a_permutation)
+{
+    unsigned const fan = 100;
+    std::vector<std::uint32_t> indices;
+    for (std::uint32_t k = 0; k < fan; ++k)
+        indices.insert(indices.end(), {0, k + 1, k + 2});
+    // Face 100: degenerate; 101: face 4 rotated; 102: degenerate; 103: face 7 rotated.
+    indices.insert(indices.end(), {3, 3, 4, 5, 6, 0, 1, 7, 7, 9, 0, 8});
+    UINT const faces = UINT(indices.size() / 3), verts = fan + 2;
+    std::vector<DWORD> remap(faces, ~0u);
+    ASSERT_EQ(D3DXOptimizeFaces(indices.data(), faces, verts, TRUE, remap.data()), D3D_OK);
+    std::vector<DWORD> sorted(remap.begin(), remap.end());
+    std::sort(sorted.begin(), sorted.end());
+    for (UINT f = 0; f < faces; ++f)
+        ASSERT_EQ(sorted[f], f);
+    EXPECT_TRUE(std::all_of(remap.begin(), remap.begin() + fan, [](DWORD f) { return f < 100; }));
+    EXPECT_EQ(std::vector<DWORD>(remap.begin() + fan, remap.end()),
+              (std::vector<DWORD>{100, 101, 102, 103}));
 }

@@ -7,13 +7,6 @@
 namespace
 {
 
-struct rhw_tex
-{
-    float x, y, z, rhw;
-    D3DCOLOR c;
-    float u, v;
-};
-
 D3DPRESENT_PARAMETERS small_present()
 {
     D3DPRESENT_PARAMETERS pp{};
@@ -46,19 +39,20 @@ TEST(direct3d, adapter_hooks_drive_checks_caps_and_creation)
     IDirect3D9* d3d = Direct3DCreate9(D3D_SDK_VERSION);
     ASSERT_NE(d3d, nullptr);
     EXPECT_EQ(d3d->GetAdapterCount(), 2u);
-    EXPECT_EQ(d3d->CheckDeviceType(0, D3DDEVTYPE_HAL, D3DFMT_X8R8G8B8, D3DFMT_A8R8G8B8, TRUE),
-              D3D_OK);
-    EXPECT_EQ(d3d->CheckDepthStencilMatch(0, D3DDEVTYPE_HAL, D3DFMT_X8R8G8B8, D3DFMT_A8R8G8B8,
-                                          D3DFMT_D24S8),
-              D3D_OK);
-    EXPECT_EQ(d3d->CheckDepthStencilMatch(1, D3DDEVTYPE_HAL, D3DFMT_X8R8G8B8, D3DFMT_A8R8G8B8,
-                                          D3DFMT_D24S8),
-              D3DERR_NOTAVAILABLE);
-    EXPECT_EQ(d3d->CheckDeviceType(2, D3DDEVTYPE_HAL, D3DFMT_X8R8G8B8, D3DFMT_A8R8G8B8, TRUE),
-              D3DERR_INVALIDCALL);
-    EXPECT_EQ(d3d->CheckDepthStencilMatch(0, D3DDEVTYPE_HAL, D3DFMT_X8R8G8B8, D3DFMT_A8R8G8B8,
-                                          D3DFMT_A8R8G8B8),
-              D3DERR_NOTAVAILABLE);
+    auto check_type = [&](UINT adapter) {
+        return d3d->CheckDeviceType(adapter, D3DDEVTYPE_HAL, D3DFMT_X8R8G8B8, D3DFMT_A8R8G8B8,
+                                    TRUE);
+    };
+    auto check_depth = [&](UINT adapter, D3DFORMAT depth)
+    {
+        return d3d->CheckDepthStencilMatch(adapter, D3DDEVTYPE_HAL, D3DFMT_X8R8G8B8,
+                                           D3DFMT_A8R8G8B8, depth);
+    };
+    EXPECT_EQ(check_type(0), D3D_OK);
+    EXPECT_EQ(check_type(2), D3DERR_INVALIDCALL);
+    EXPECT_EQ(check_depth(0, D3DFMT_D24S8), D3D_OK);
+    EXPECT_EQ(check_depth(1, D3DFMT_D24S8), D3DERR_NOTAVAILABLE);
+    EXPECT_EQ(check_depth(0, D3DFMT_A8R8G8B8), D3DERR_NOTAVAILABLE);
     D3DCAPS9 caps{};
     ASSERT_EQ(d3d->GetDeviceCaps(0, D3DDEVTYPE_HAL, &caps), D3D_OK);
     EXPECT_EQ(caps.VertexProcessingCaps, 0u);
@@ -69,44 +63,33 @@ TEST(direct3d, adapter_hooks_drive_checks_caps_and_creation)
     // Without vertex-processing capabilities only software vertex processing starts.
     D3DPRESENT_PARAMETERS pp = small_present();
     IDirect3DDevice9* device = nullptr;
-    EXPECT_NE(d3d->CreateDevice(0, D3DDEVTYPE_HAL, nullptr,
-                                D3DCREATE_HARDWARE_VERTEXPROCESSING | D3DCREATE_FPU_PRESERVE, &pp,
-                                &device),
-              D3D_OK);
+    auto create = [&](UINT adapter, DWORD flags, D3DPRESENT_PARAMETERS* params)
+    { return d3d->CreateDevice(adapter, D3DDEVTYPE_HAL, nullptr, flags, params, &device); };
+    DWORD const hardware = D3DCREATE_HARDWARE_VERTEXPROCESSING,
+                software = D3DCREATE_SOFTWARE_VERTEXPROCESSING;
+    EXPECT_NE(create(0, hardware | D3DCREATE_FPU_PRESERVE, &pp), D3D_OK);
     EXPECT_EQ(device, nullptr);
-    ASSERT_EQ(d3d->CreateDevice(0, D3DDEVTYPE_HAL, nullptr,
-                                D3DCREATE_SOFTWARE_VERTEXPROCESSING | D3DCREATE_FPU_PRESERVE, &pp,
-                                &device),
-              D3D_OK);
+    ASSERT_EQ(create(0, software | D3DCREATE_FPU_PRESERVE, &pp), D3D_OK);
     D3DDEVICE_CREATION_PARAMETERS created{};
     ASSERT_EQ(device->GetCreationParameters(&created), D3D_OK);
     EXPECT_EQ(created.AdapterOrdinal, 0u);
     EXPECT_TRUE(created.BehaviorFlags & D3DCREATE_SOFTWARE_VERTEXPROCESSING);
     device->Release();
-    ASSERT_EQ(d3d->CreateDevice(1, D3DDEVTYPE_HAL, nullptr, D3DCREATE_HARDWARE_VERTEXPROCESSING,
-                                &pp, &device),
-              D3D_OK);
+    ASSERT_EQ(create(1, hardware, &pp), D3D_OK);
     device->GetCreationParameters(&created);
     EXPECT_EQ(created.AdapterOrdinal, 1u);
     device->Release();
-    EXPECT_EQ(d3d->CreateDevice(0, D3DDEVTYPE_HAL, nullptr, 0, &pp, &device), D3DERR_INVALIDCALL);
-    EXPECT_EQ(d3d->CreateDevice(0, D3DDEVTYPE_HAL, nullptr, D3DCREATE_SOFTWARE_VERTEXPROCESSING,
-                                nullptr, &device),
-              D3DERR_INVALIDCALL);
+    ixo_expect_refused("creation", {create(0, 0, &pp), create(0, software, nullptr)});
 
-    // A creation failure planted on an adapter is what CreateDevice answers.
+    // A creation failure planted on an adapter is what CreateDevice answers; the Direct3D
+    // object keeps the list it was made with.
     list[1].create_hardware = D3DERR_NOTAVAILABLE;
     ixo_d3d9_test_set_adapters(list, 2);
-    // The Direct3D object keeps the list it was made with.
-    EXPECT_EQ(d3d->CreateDevice(1, D3DDEVTYPE_HAL, nullptr, D3DCREATE_HARDWARE_VERTEXPROCESSING,
-                                &pp, &device),
-              D3D_OK);
+    EXPECT_EQ(create(1, hardware, &pp), D3D_OK);
     device->Release();
     EXPECT_EQ(d3d->Release(), 0u);
     d3d = Direct3DCreate9(D3D_SDK_VERSION);
-    EXPECT_EQ(d3d->CreateDevice(1, D3DDEVTYPE_HAL, nullptr, D3DCREATE_HARDWARE_VERTEXPROCESSING,
-                                &pp, &device),
-              D3DERR_NOTAVAILABLE);
+    EXPECT_EQ(create(1, hardware, &pp), D3DERR_NOTAVAILABLE);
     EXPECT_EQ(device, nullptr);
     d3d->Release();
 
@@ -114,9 +97,7 @@ TEST(direct3d, adapter_hooks_drive_checks_caps_and_creation)
     ixo_d3d9_test_set_adapters(list, 0);
     d3d = Direct3DCreate9(D3D_SDK_VERSION);
     EXPECT_EQ(d3d->GetAdapterCount(), 0u);
-    EXPECT_EQ(d3d->CreateDevice(0, D3DDEVTYPE_HAL, nullptr, D3DCREATE_HARDWARE_VERTEXPROCESSING,
-                                &pp, &device),
-              D3DERR_INVALIDCALL);
+    EXPECT_EQ(create(0, hardware, &pp), D3DERR_INVALIDCALL);
     d3d->Release();
 
     ixo_d3d9_test_fail_create(TRUE);
@@ -145,7 +126,7 @@ TEST_F(direct3d_device, additional_swap_chains_are_off_screen_targets)
     EXPECT_EQ(d.Format, D3DFMT_A8R8G8B8);
     EXPECT_TRUE(d.Usage & D3DUSAGE_RENDERTARGET);
     ASSERT_EQ(device->SetRenderTarget(0, back), D3D_OK);
-    device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff336699, 1.f, 0);
+    clear(0xff336699);
     EXPECT_EQ(chain->Present(nullptr, nullptr, nullptr, nullptr, 0), D3D_OK);
     // The back buffer copies out like any render target.
     RECT into = {0, 0, 32, 16};
@@ -160,8 +141,8 @@ TEST_F(direct3d_device, additional_swap_chains_are_off_screen_targets)
     back->Release();
     EXPECT_EQ(chain->Release(), 0u);
     pp.BackBufferWidth = 0;
-    EXPECT_EQ(device->CreateAdditionalSwapChain(&pp, &chain), D3DERR_INVALIDCALL);
-    EXPECT_EQ(device->CreateAdditionalSwapChain(nullptr, &chain), D3DERR_INVALIDCALL);
+    ixo_expect_refused("swap chains", {device->CreateAdditionalSwapChain(&pp, &chain),
+                                       device->CreateAdditionalSwapChain(nullptr, &chain)});
 }
 
 TEST_F(direct3d_device, lost_device_reports_codes_and_resets_once_video_memory_is_released)
@@ -208,18 +189,15 @@ TEST_F(direct3d_device, lost_device_reports_codes_and_resets_once_video_memory_i
                                          &target, nullptr),
               D3D_OK);
     ASSERT_EQ(device->SetRenderTarget(0, target), D3D_OK);
-    device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff000000, 1.f, 0);
+    clear();
     device->SetFVF(D3DFVF_XYZRHW | D3DFVF_DIFFUSE | D3DFVF_TEX1);
     device->SetTexture(0, texture);
     device->SetTextureStageState(0, D3DTSS_ALPHAOP, D3DTOP_MODULATE);
     device->SetTextureStageState(0, D3DTSS_ALPHAARG2, D3DTA_DIFFUSE);
-    const D3DCOLOR half_green = D3DCOLOR_ARGB(255, 255, 128, 255);
-    rhw_tex v[4] = {{-0.5f, -0.5f, 0, 1, half_green, 0, 0},
-                    {15.5f, -0.5f, 0, 1, half_green, 1, 0},
-                    {-0.5f, 15.5f, 0, 1, half_green, 0, 1},
-                    {15.5f, 15.5f, 0, 1, half_green, 1, 1}};
+    auto const v = ixo_test_textured_rect(16, 16, D3DCOLOR_ARGB(255, 255, 128, 255));
     device->BeginScene();
-    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, v, sizeof(rhw_tex)), D3D_OK);
+    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, v.data(), sizeof(ixo_test_rhw_tex)),
+              D3D_OK);
     device->EndScene();
     auto p = read();
     // Texture (0x80, 0x40, 0x20) modulated by (1, 128/255, 1).
@@ -245,14 +223,14 @@ TEST_F(direct3d_device, two_devices_keep_their_own_resources)
         other->CreateTexture(4, 4, 1, 0, D3DFMT_A8R8G8B8, D3DPOOL_MANAGED, &other_texture, nullptr),
         D3D_OK);
     // Resources of one device are refused by the other.
-    EXPECT_EQ(device->SetRenderTarget(0, other_target), D3DERR_INVALIDCALL);
-    EXPECT_EQ(device->SetTexture(0, other_texture), D3DERR_INVALIDCALL);
-    EXPECT_EQ(device->StretchRect(other_target, nullptr, target, nullptr, D3DTEXF_NONE),
-              D3DERR_INVALIDCALL);
-    EXPECT_EQ(device->GetRenderTargetData(other_target, readback), D3DERR_INVALIDCALL);
+    ixo_expect_refused("foreign resources",
+                       {device->SetRenderTarget(0, other_target),
+                        device->SetTexture(0, other_texture),
+                        device->StretchRect(other_target, nullptr, target, nullptr, D3DTEXF_NONE),
+                        device->GetRenderTargetData(other_target, readback)});
     // Interleaved work on both lands on each one's own target.
     other->SetRenderTarget(0, other_target);
-    device->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff102030, 1.f, 0);
+    clear(0xff102030);
     other->Clear(0, nullptr, D3DCLEAR_TARGET, 0xff405060, 1.f, 0);
     EXPECT_TRUE(ixo_pixel_is(at(read(), 1, 1), 0x10, 0x20, 0x30, 0xff, 0));
     IDirect3DSurface9* other_copy = nullptr;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -91,10 +92,7 @@ TEST(win32, screen_context_and_rectangles)
 
     RECT r{};
     EXPECT_TRUE(SetRect(&r, 1, 2, 30, 40));
-    EXPECT_EQ(r.left, 1);
-    EXPECT_EQ(r.top, 2);
-    EXPECT_EQ(r.right, 30);
-    EXPECT_EQ(r.bottom, 40);
+    EXPECT_EQ(std::tuple(r.left, r.top, r.right, r.bottom), std::tuple(1, 2, 30, 40));
     EXPECT_FALSE(SetRect(nullptr, 0, 0, 1, 1));
 }
 
