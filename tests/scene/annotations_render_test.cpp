@@ -122,6 +122,8 @@ struct ink
 ink find(const image& frame, rgb c)
 {
     ink k;
+    if (frame.size() != std::size_t(view_w) * view_h)
+        return k;
     for (int y = 0; y < view_h; ++y)
         for (int x = 0; x < view_w; ++x)
         {
