@@ -88,42 +88,6 @@ TEST(application, start_count)
     ixo_application::end();
 }
 
-TEST(application, owns_its_documents)
-{
-    ixo_object_ptr<part_a> kept = part_a::create();
-    unsigned long const kept_id = kept->id();
-    unsigned long dropped_id = 0;
-    ixo_object_ptr<ixo_document> survivor;
-    {
-        started s;
-        ixo_object_ptr<ixo_document> a = s.app().create_document();
-        ixo_object_ptr<ixo_document> b = s.app().create_document();
-        ASSERT_TRUE(a && b);
-        EXPECT_NE(a, b);
-        ixo_object_ptr<part_b> dropped = part_b::create();
-        dropped_id = dropped->id();
-        a->add(dropped);
-        a->add(kept);
-        a->get_selection()->add_object(kept);
-        dropped = nullptr;
-        a = nullptr; // the application still holds it
-        EXPECT_NE(ixo_object_from_id(dropped_id), nullptr);
-
-        EXPECT_TRUE(s.app().remove_document(b));
-        EXPECT_FALSE(s.app().remove_document(b));
-        EXPECT_FALSE(s.app().remove_document(nullptr));
-        survivor = b; // lives on after the application
-        hooks.clear();
-    }
-    // The end released the document: its objects without on_remove, its selection cleared.
-    EXPECT_EQ(hooks, std::vector<std::string>{"gone " + std::to_string(dropped_id)});
-    EXPECT_EQ(ixo_object_from_id(dropped_id), nullptr);
-    EXPECT_EQ(ixo_object_from_id(kept_id), static_cast<ixo_identifiable_object*>(kept.get()));
-    EXPECT_FALSE(kept->is_selected());
-    EXPECT_TRUE(survivor->get_selection()->is_empty());
-    hooks.clear();
-}
-
 TEST(document, starts_empty_and_stores_nothing)
 {
     started s;

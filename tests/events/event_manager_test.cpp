@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -33,28 +32,6 @@ ixo_object_ptr<ixo_event> idle()
     return ixo_event_application_idle::create();
 }
 } // namespace
-
-TEST(events, type_numbers_and_names)
-{
-    std::vector<unsigned long> types = {
-        ixo_event_application_idle::static_type(),   ixo_event_direct3d_resetting::static_type(),
-        ixo_event_direct3d_reset::static_type(),     ixo_event_request_redraw::static_type(),
-        ixo_event_document_changing::static_type(),  ixo_event_document_changed::static_type(),
-        ixo_event_scene_changing::static_type(),     ixo_event_scene_changed::static_type(),
-        ixo_event_selection_changing::static_type(), ixo_event_selection_changed::static_type()};
-    std::set<unsigned long> const distinct(types.begin(), types.end());
-    EXPECT_EQ(distinct.size(), types.size());
-    EXPECT_EQ(distinct.count(ixo_invalid_object_type), 0u);
-    // Stable once assigned, and the virtual answers agree with the static ones.
-    EXPECT_EQ(ixo_event_direct3d_reset::static_type(), types[2]);
-    ixo_object_ptr<ixo_event> e = ixo_event_direct3d_reset::create();
-    EXPECT_EQ(e->type(), types[2]);
-    EXPECT_EQ(e->type_name(), ixo_string(IXO_TEXT("Direct3D Reset Event")));
-    EXPECT_EQ(&e->type_name(), &ixo_event_direct3d_reset::static_type_name());
-    EXPECT_EQ(ixo_event_selection_changing::static_type_name().to_utf8(),
-              "Selection Changing Event");
-    EXPECT_EQ(ixo_event_request_redraw::create()->type_name().to_utf8(), "Request Redraw Event");
-}
 
 TEST(events, matching_by_type_and_payload)
 {
@@ -139,79 +116,6 @@ TEST(event_manager, dispatch_in_subscription_order)
     EXPECT_TRUE(log.empty());
     m->report(ixo_event_selection_changed::create(a));
     EXPECT_EQ(log, std::vector<std::string>{"a:Selection Changed Event"});
-}
-
-TEST(event_manager, holding_queues_in_order)
-{
-    std::vector<std::string> log;
-    ixo_object_ptr<ixo_event_manager> m = ixo_event_manager::create();
-    m->subscribe(idle(), record(log, "h"));
-    m->subscribe(ixo_event_request_redraw::create(), record(log, "h"));
-    m->subscribe(ixo_event_direct3d_reset::create(), record(log, "h"));
-
-    m->hold(true);
-    m->hold(true); // a flag, not a count
-    EXPECT_TRUE(m->is_holding());
-    m->report(idle());
-    m->report(ixo_event_direct3d_reset::create());
-    m->report(ixo_event_request_redraw::create());
-    EXPECT_TRUE(log.empty());
-    m->hold(false);
-    EXPECT_FALSE(m->is_holding());
-    EXPECT_EQ(log, (std::vector<std::string>{"h:Application Idle Event", "h:Direct3D Reset Event",
-                                             "h:Request Redraw Event"}));
-    log.clear();
-    m->hold(false);
-    EXPECT_TRUE(log.empty());
-
-    // A reset handler that starts holding again stops the emptying after its event.
-    m = ixo_event_manager::create();
-    m->subscribe(ixo_event_direct3d_reset::create(),
-                 record(log, "h", [&](auto) { m->hold(true); }));
-    m->subscribe(idle(), record(log, "h"));
-    m->subscribe(ixo_event_request_redraw::create(), record(log, "h"));
-
-    m->hold(true);
-    m->report(ixo_event_direct3d_reset::create());
-    m->report(idle());
-    m->report(ixo_event_request_redraw::create());
-    m->hold(false);
-    // The emptying stopped after the first event; the rest stays queued, in order.
-    EXPECT_TRUE(m->is_holding());
-    EXPECT_EQ(log, std::vector<std::string>{"h:Direct3D Reset Event"});
-    m->report(ixo_event_direct3d_resetting::create()); // queued behind them, nobody listens
-    m->report(idle());
-    log.clear();
-    m->hold(false);
-    EXPECT_EQ(log, (std::vector<std::string>{"h:Application Idle Event", "h:Request Redraw Event",
-                                             "h:Application Idle Event"}));
-
-    // Holding and releasing inside a handler: each event is still dispatched once, in order.
-    log.clear();
-    ixo_object_ptr<ixo_event_manager> n = ixo_event_manager::create();
-    n->subscribe(idle(), record(log, "toggle",
-                                [&](auto)
-                                {
-                                    n->hold(true);
-                                    n->hold(false);
-                                }));
-    n->subscribe(ixo_event_request_redraw::create(), record(log, "r"));
-    n->hold(true);
-    n->report(idle());
-    n->report(ixo_event_request_redraw::create());
-    n->report(idle());
-    n->hold(false);
-    EXPECT_EQ(log,
-              (std::vector<std::string>{"toggle:Application Idle Event", "r:Request Redraw Event",
-                                        "toggle:Application Idle Event"}));
-    EXPECT_FALSE(n->is_holding());
-
-    // Events left queued when the manager goes are dropped without dispatch.
-    log.clear();
-    m->hold(true);
-    m->report(idle());
-    m = nullptr;
-    EXPECT_TRUE(log.empty());
 }
 
 TEST(event_manager, handlers_change_subscriptions_while_dispatching)

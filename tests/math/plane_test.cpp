@@ -49,15 +49,6 @@ TEST(plane, frames)
     EXPECT_EQ(s.u_direction(), v3(1, 0, 0)); // not recomputed
 }
 
-TEST(plane, evaluate_and_project)
-{
-    const ixo_plane<float> p(v3(1, 2, 3), v3(1, 0, 0)); // u = -z, v = y
-    EXPECT_EQ(p.evaluate(v2(2, 5)), v3(1, 7, 1));
-    EXPECT_EQ(p.evaluate_vector(v2(2, 5)), v3(0, 5, -2));
-    EXPECT_EQ(p.project_point(v3(10, 7, 1)), v2(2, 5)); // off-plane part dropped
-    EXPECT_EQ(p.project_point(p.evaluate(v2(-3, 0.5f))), v2(-3, 0.5f));
-}
-
 TEST(plane, project_ray)
 {
     const ixo_plane<float> xy;

@@ -16,20 +16,6 @@ const double r = std::sqrt(0.5);
 
 } // namespace
 
-TEST(quaternion, construction)
-{
-    const quat identity;
-    EXPECT_EQ(identity, quat(1, 0, 0, 0));
-    const quat q(pi / 2, ixo_z_axisd);
-    EXPECT_EQ(q, quat(r, 0, 0, r));
-    EXPECT_DOUBLE_EQ(q[3], r);
-    // The axis is used as given.
-    EXPECT_EQ(quat(pi, d3(0, 0, 2)), quat(0, 0, 0, 2));
-    const ixo_quaternion<float> f(1.0f, 2.0f, 3.0f, 4.0f);
-    EXPECT_EQ(f[0], 1.0f);
-    EXPECT_EQ(f[3], 4.0f);
-}
-
 TEST(quaternion, to_matrix)
 {
     const quat q(pi / 2, ixo_z_axisd);

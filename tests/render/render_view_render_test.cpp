@@ -150,29 +150,6 @@ protected:
     ixo_object_ptr<view_test_box> box;
 };
 
-TEST_F(render_view_test, red_box_paints_red_in_the_centre_and_background_in_the_corners)
-{
-    make_view();
-    rgba_image const image = frame();
-    ASSERT_EQ(image.size(), std::size_t(view_w) * view_h);
-    EXPECT_TRUE(is_reddish(at(image, view_w / 2, view_h / 2)));
-    for (auto [x, y] :
-         {std::pair{0u, 0u}, {view_w - 1, 0u}, {0u, view_h - 1}, {view_w - 1, view_h - 1}})
-        EXPECT_TRUE(is_background(at(image, x, y))) << x << "," << y;
-
-    // The camera was fitted to the scene when the view was initialised.
-    EXPECT_NEAR(view->get_camera()->get_focus()[2], 0.0f, 1e-5f);
-
-    // Saved as a PNG file.
-    ASSERT_TRUE(view->save_png(ixo_string::from_utf8((folder.path / "frame.png").string())));
-    std::ifstream in(folder.path / "frame.png", std::ios::binary);
-    char signature[4] = {};
-    in.read(signature, 4);
-    EXPECT_EQ(std::string(signature + 1, 3), "PNG");
-    EXPECT_FALSE(view->save_png(IXO_TEXT("/nonexistent-folder/x.png")));
-    EXPECT_FALSE(view->save_png(ixo_string()));
-}
-
 TEST_F(render_view_test, picking_finds_the_object_under_the_pointer)
 {
     // A small box up and to the left, so that a flipped row or column misses it.

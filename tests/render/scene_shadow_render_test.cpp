@@ -86,28 +86,6 @@ protected:
 };
 } // namespace
 
-TEST(SceneShadow, TransformMovesPointsAlongTheLightRayOntoThePlane)
-{
-    // Light at (0, 10, 0) over y = 0: (1, 5, 0) lies halfway, so its shadow is twice as far
-    // out.
-    ixo_plane<float> const ground(vec3(0.f, 0.f, 0.f), vec3(0.f, 1.f, 0.f));
-    ixo_matrix44<float> const m = ixo_planar_shadow_transform(vec3(0.f, 10.f, 0.f), ground);
-    EXPECT_EQ(m * vec3(1.f, 5.f, 0.f), vec3(2.f, 0.f, 0.f));
-    EXPECT_EQ(m * vec3(-3.f, 0.f, 4.f), vec3(-3.f, 0.f, 4.f));
-    ixo_vector4<float> const h = m * ixo_vector4<float>(1.f, 5.f, 0.f, 1.f);
-    EXPECT_GT(h[3], 0.f);
-
-    // A tilted plane not through the origin, with a normal of length 2.
-    ixo_plane<float> const tilted(vec3(0.f, 1.f, 0.f), vec3(0.f, 2.f, 2.f));
-    vec3 const light(0.f, 6.f, 1.f);
-    vec3 const q(1.f, 3.f, 0.f);
-    vec3 const s = ixo_planar_shadow_transform(light, tilted) * q;
-    // On the plane, and on the line through the light and q.
-    EXPECT_NEAR((s - tilted.root()) * tilted.normal(), 0.f, 1e-5f);
-    vec3 const along = (s - light) ^ (q - light);
-    EXPECT_NEAR(along.length(), 0.f, 1e-4f);
-}
-
 TEST_F(scene_shadow_render, PlanarShadowLandsWhereTheLightCastsIt)
 {
     ixo_object_ptr<flat_square> square = flat_square::create(5.f, 0.5f, 1.5f, -0.5f, 0.5f);

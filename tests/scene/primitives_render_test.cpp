@@ -22,11 +22,6 @@ ixo_matrix44<float> z_to_y()
 {
     return rows(v3(1, 0, 0), v3(0, 0, 1), v3(0, -1, 0));
 }
-// Turns the object's +x onto +z, towards the viewer.
-ixo_matrix44<float> x_to_z()
-{
-    return rows(v3(0, 0, -1), v3(0, 1, 0), v3(1, 0, 0));
-}
 
 using primitives_render = ixo_test::part_render;
 
@@ -109,49 +104,6 @@ TEST_F(primitives_render, solids_and_planes_cover_their_outlines)
     EXPECT_EQ(id_at(img, col(0), row(0)), front->id());
 }
 
-TEST_F(primitives_render, solids_take_their_colour_and_light)
-{
-    add_light();
-    auto box = ixo_scene_box::create(2, 2, 2);
-    box->set_color(color(220, 0, 0, 255));
-    scene->get_root()->add_child(box);
-    for (bool shadows : {false, true})
-    {
-        auto img = draw(false, shadows);
-        pixel const c = at(img, col(0.2f), row(-0.3f));
-        EXPECT_GT(c.r, 90) << shadows;
-        EXPECT_LT(c.g, 40) << shadows;
-        EXPECT_LT(c.b, 40) << shadows;
-        pixel const corner = at(img, 2, 2);
-        EXPECT_EQ(corner.r, 10);
-        EXPECT_EQ(corner.g, 20);
-        EXPECT_EQ(corner.b, 30);
-    }
-}
-
-TEST_F(primitives_render, coordinate_system_arrows_keep_their_colours)
-{
-    add_light();
-    auto cs = ixo_scene_coordinate_system::create();
-    scene->get_root()->add_child(cs);
-    // Below the centre only the z arrow's head (radius 2) is in sight: blue.
-    UINT const x = col(0), y = row(-1.2f);
-    auto img = draw(false);
-    pixel p = at(img, x, y);
-    EXPECT_GT(int(p.b) - std::max(p.r, p.g), 30);
-    EXPECT_EQ(id_at(draw(true), x, y), cs->get_child(3)->get_child(1)->id());
-
-    // The x arrow turned towards the viewer: red, even with its parts painted green.
-    cs->set_transform(x_to_z());
-    auto x_axis = cs->get_child(1);
-    x_axis->get_child(0)->set_color(color(0, 255, 0, 255));
-    x_axis->get_child(1)->set_color(color(0, 255, 0, 255));
-    img = draw(false);
-    p = at(img, x, y);
-    EXPECT_GT(int(p.r) - std::max(p.g, p.b), 30);
-    EXPECT_EQ(id_at(draw(true), x, y), x_axis->get_child(1)->id());
-}
-
 TEST_F(primitives_render, rectangle_outline_is_drawn_in_the_foreground_only)
 {
     auto rect = ixo_scene_rectangle::create();
@@ -188,31 +140,6 @@ TEST_F(primitives_render, rectangle_outline_is_drawn_in_the_foreground_only)
     for (const pixel& p : img)
         greens += green(p);
     EXPECT_EQ(greens, 0);
-}
-
-TEST_F(primitives_render, spheres_share_one_mesh_counted_per_sphere)
-{
-    std::vector<ixo_object_ptr<ixo_scene_sphere>> spheres;
-    for (int i = 0; i < 10; ++i)
-        spheres.push_back(ixo_scene_sphere::create());
-    ID3DXMesh* mesh = ixo_scene_sphere::get_shared_mesh();
-    ASSERT_NE(mesh, nullptr);
-    EXPECT_EQ(references(mesh), 10);
-    // Cones keep a mesh of their own.
-    auto cone = ixo_scene_cone::create();
-    EXPECT_NE(ixo_scene_cone::get_shared_mesh(), mesh);
-
-    spheres.resize(1);
-    EXPECT_EQ(ixo_scene_sphere::get_shared_mesh(), mesh);
-    EXPECT_EQ(references(mesh), 1);
-    EXPECT_EQ(mesh->GetNumVertices(), 2u + 72u * 35u);
-    spheres.clear();
-    EXPECT_EQ(ixo_scene_sphere::get_shared_mesh(), nullptr);
-
-    // A new sphere builds a new one.
-    auto again = ixo_scene_sphere::create();
-    ASSERT_NE(ixo_scene_sphere::get_shared_mesh(), nullptr);
-    EXPECT_EQ(references(ixo_scene_sphere::get_shared_mesh()), 1);
 }
 
 TEST_F(primitives_render, meshes_are_rebuilt_after_a_device_reset)

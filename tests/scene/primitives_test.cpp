@@ -39,28 +39,6 @@ TEST(primitives, each_class_has_its_own_type_and_name)
     EXPECT_FALSE(ixo_object_ptr<ixo_scene_cone>(objects[3]));
 }
 
-TEST(primitives, solids_are_centred_on_their_origin)
-{
-    EXPECT_TRUE(
-        box_is(ixo_scene_box::create(2, 4, 6)->get_object_bounds(), v3(-1, -2, -3), v3(1, 2, 3)));
-    auto cylinder = ixo_scene_cylinder::create(1.5f, 4);
-    EXPECT_TRUE(box_is(cylinder->get_object_bounds(), v3(-1.5f, -1.5f, -2), v3(1.5f, 1.5f, 2)));
-    EXPECT_FLOAT_EQ(cylinder->get_radius(), 1.5f);
-    EXPECT_FLOAT_EQ(cylinder->get_length(), 4);
-    EXPECT_TRUE(
-        box_is(ixo_scene_sphere::create()->get_object_bounds(), v3(-1, -1, -1), v3(1, 1, 1)));
-    // The cone reports the extent of its mesh: base at z = -0.5, point at +0.5.
-    EXPECT_TRUE(
-        box_is(ixo_scene_cone::create()->get_object_bounds(), v3(-1, -1, -0.5f), v3(1, 1, 0.5f)));
-
-    // Size through the transform, and a hidden solid gives no box of its own.
-    auto sphere = ixo_scene_sphere::create();
-    sphere->set_transform(ixo_translation_transform(v3(1, 2, 3)) * ixo_scale_transform(0.5f));
-    EXPECT_TRUE(box_is(sphere->get_bounds(), v3(0.5f, 1.5f, 2.5f), v3(1.5f, 2.5f, 3.5f)));
-    sphere->set_property(ixo_scene_object::visible, false);
-    EXPECT_TRUE(sphere->get_bounds().empty());
-}
-
 TEST(primitives, plane_takes_space_only_when_asked_and_a_rectangle_never)
 {
     // Normal along x: u = (0, 1, 0) x n = (0, 0, -1), v = n x u = (0, 1, 0).
@@ -94,32 +72,6 @@ TEST(primitives, plane_takes_space_only_when_asked_and_a_rectangle_never)
     EXPECT_FLOAT_EQ(r->get_rectangle().corner(true, false)[1], 20);
     EXPECT_TRUE(r->get_object_bounds().empty());
     EXPECT_TRUE(r->get_bounds().empty());
-}
-
-TEST(primitives, axis_is_a_shaft_and_a_head_in_the_axis_colour)
-{
-    auto axis = ixo_scene_axis::create();
-    ASSERT_EQ(axis->get_num_children(), 2);
-    auto shaft = ixo_object_ptr<ixo_scene_cylinder>(axis->get_child(0));
-    auto head = ixo_object_ptr<ixo_scene_cone>(axis->get_child(1));
-    ASSERT_TRUE(shaft);
-    ASSERT_TRUE(head);
-    // Shaft: radius 0.1 from z = 0 to 1.
-    EXPECT_TRUE(box_is(shaft->get_bounds(), v3(-0.1f, -0.1f, 0), v3(0.1f, 0.1f, 1)));
-    // Head: radius 2, squashed along z by the golden ratio around z = 0.5.
-    float const half = 0.5f / 1.618033988749895f;
-    EXPECT_TRUE(box_is(head->get_bounds(), v3(-2, -2, 0.5f - half), v3(2, 2, 0.5f + half)));
-    EXPECT_TRUE(box_is(axis->get_bounds(), v3(-2, -2, 0), v3(2, 2, 1)));
-
-    axis->set_color(color(10, 20, 30, 40));
-    shaft->set_color(color(200, 200, 200, 255));
-    for (auto part : {axis->get_child(0), axis->get_child(1)})
-    {
-        EXPECT_TRUE(part->get_property(ixo_scene_object::inherit_color));
-        EXPECT_TRUE(part->get_actual_color() == v3(10 / 255.0f, 20 / 255.0f, 30 / 255.0f));
-        // Alpha is not inherited.
-        EXPECT_FLOAT_EQ(part->get_actual_alpha(), 1.0f);
-    }
 }
 
 TEST(primitives, coordinate_system_has_a_ball_and_three_coloured_arrows)

@@ -15,10 +15,6 @@ using v3 = ixo_vector3<float>;
 using ixo_test::box_is;
 using ixo_test::near;
 
-ixo_box3<float> cube(float lo, float hi)
-{
-    return ixo_box3<float>(v3(lo, lo, lo), v3(hi, hi, hi));
-}
 } // namespace
 
 TEST(scene_object, defaults_property_range_and_flashing)
@@ -128,37 +124,6 @@ TEST(scene_object, inherited_attributes_follow_the_parent_only_when_asked)
     EXPECT_TRUE(leaf->get_actual_visible());
     EXPECT_TRUE(leaf->get_actual_depth_write());
     EXPECT_FALSE(leaf->get_actual_depth_test());
-}
-
-TEST(scene_object, bounds_and_total_transform)
-{
-    probe_log log;
-    auto grand = ixo_scene_object::create();
-    auto parent = probe::create(log, "p", cube(0.0f, 1.0f));
-    auto child = probe::create(log, "c", cube(-1.0f, 1.0f));
-    grand->add_child(parent);
-    parent->add_child(child);
-
-    // Only the parent's own box while the child sits at the origin.
-    EXPECT_TRUE(box_is(parent->get_bounds(), v3(-1, -1, -1), v3(1, 1, 1)));
-
-    child->set_transform(ixo_scale_transform(2.0f));
-    parent->set_transform(ixo_translation_transform(ixo_vector3<float>(10.0f, 0.0f, 0.0f)));
-    parent->set_property(ixo_scene_object::visible, false);
-    // A hidden parent drops its own box but still covers its child, in its parent's frame.
-    EXPECT_TRUE(box_is(parent->get_bounds(), v3(8, -2, -2), v3(12, 2, 2)));
-    EXPECT_TRUE(box_is(grand->get_bounds(), v3(8, -2, -2), v3(12, 2, 2)));
-    EXPECT_TRUE(box_is(parent->get_children_bounds(), v3(-2, -2, -2), v3(2, 2, 2)));
-    // Hiding the child too leaves nothing.
-    child->set_property(ixo_scene_object::visible, false);
-    EXPECT_TRUE(grand->get_bounds().empty());
-
-    // Total transform: grand, then parent, then child; the child's local part acts first.
-    grand->set_transform(ixo_translation_transform(ixo_vector3<float>(1.0f, 0.0f, 0.0f)));
-    parent->set_transform(ixo_scale_transform(2.0f));
-    child->set_transform(ixo_translation_transform(ixo_vector3<float>(0.0f, 3.0f, 0.0f)));
-    EXPECT_TRUE(near(child->get_total_transform() * v3(0, 0, 0), v3(1, 6, 0)));
-    EXPECT_TRUE(near(grand->get_total_transform() * v3(0, 0, 0), v3(1, 0, 0)));
 }
 
 TEST(scene_object, tree_links_and_lifetime)

@@ -18,19 +18,6 @@ struct scene_events : ixo_test::change_log
     }
 };
 
-ixo_box3<float> box(float x0, float y0, float z0, float x1, float y1, float z1)
-{
-    return ixo_box3<float>(ixo_vector3<float>(x0, y0, z0), ixo_vector3<float>(x1, y1, z1));
-}
-
-void expect_box(const ixo_box3<float>& b, const ixo_box3<float>& expected)
-{
-    for (int i = 0; i < 3; ++i)
-    {
-        EXPECT_FLOAT_EQ(b.minimum()[i], expected.minimum()[i]) << "axis " << i;
-        EXPECT_FLOAT_EQ(b.maximum()[i], expected.maximum()[i]) << "axis " << i;
-    }
-}
 } // namespace
 
 TEST(scene, root_settings_lights_and_flags)
@@ -64,28 +51,6 @@ TEST(scene, root_settings_lights_and_flags)
     EXPECT_EQ(scene->get_num_lights(), 2);
     scene->remove_all_lights();
     EXPECT_EQ(scene->get_num_lights(), 0);
-}
-
-TEST(scene, bounds_are_cached_until_reset)
-{
-    probe_log log;
-    auto scene = ixo_scene::create();
-    // An empty scene answers a fixed box and does not cache it.
-    expect_box(scene->get_bounds(), box(-10, -10, -10, 10, 10, 10));
-
-    auto p = probe::create(log, "p", box(0, 0, 0, 1, 2, 3));
-    scene->get_root()->add_child(p);
-    expect_box(scene->get_bounds(), box(0, 0, 0, 1, 2, 3));
-
-    p->set_transform(ixo_translation_transform(ixo_vector3<float>(1.0f, 0.0f, 0.0f)));
-    expect_box(scene->get_bounds(), box(0, 0, 0, 1, 2, 3));
-    scene->reset_cached_bounds();
-    expect_box(scene->get_bounds(), box(1, 0, 0, 2, 2, 3));
-
-    // A hidden root still covers its visible children.
-    scene->get_root()->set_property(ixo_scene_object::visible, false);
-    scene->reset_cached_bounds();
-    expect_box(scene->get_bounds(), box(1, 0, 0, 2, 2, 3));
 }
 
 TEST(scene, tree_changes_raise_one_event_pair_in_order)
@@ -203,69 +168,4 @@ TEST(scene, passes_without_device_and_reset_forwarding)
     picking.set_mapping(true);
     EXPECT_FALSE(scene->draw(picking));
     EXPECT_EQ(log.take(), "");
-}
-
-// Each pass bit set alone shows only itself, survives a copy and an assignment, and clears.
-TEST(scene_draw_data, pass_bits_are_independent)
-{
-    using d = ixo_scene_draw_data;
-    struct bit
-    {
-        void (*set)(d&, bool);
-        bool (*get)(const d&);
-    };
-#define IXO_BIT(name)                                                                              \
-    {                                                                                              \
-        [](d& x, bool on) { x.set_##name(on); }, [](const d& x) { return x.do_##name(); }          \
-    }
-    bit const bits[] = {IXO_BIT(background),      IXO_BIT(foreground),
-                        IXO_BIT(transparent),     IXO_BIT(mapping),
-                        IXO_BIT(mapping_shadows), IXO_BIT(draw_mapped_shadows)};
-#undef IXO_BIT
-    for (int i = 0; i < 6; ++i)
-    {
-        d on;
-        bits[i].set(on, true);
-        d const copy(on);
-        d assigned;
-        assigned = on;
-        bits[i].set(on, false);
-        for (int j = 0; j < 6; ++j)
-        {
-            EXPECT_EQ(bits[j].get(copy), i == j) << "set " << i << ", asked " << j;
-            EXPECT_EQ(bits[j].get(assigned), i == j) << "set " << i << ", asked " << j;
-            EXPECT_FALSE(bits[j].get(on)) << "cleared " << i << ", asked " << j;
-        }
-    }
-}
-
-TEST(scene, document_owns_its_scene_and_clears_the_tree_when_it_goes)
-{
-    scene_events events;
-    probe_log log;
-    auto kept = probe::create(log, "kept");
-    {
-        auto doc = ixo_application::instance()->create_document();
-        ASSERT_TRUE(doc->get_command_manager());
-        auto scene = doc->get_scene();
-        ASSERT_TRUE(scene);
-        events.watch(scene);
-        auto a = probe::create(log, "a");
-        scene->get_root()->add_child(a);
-        a->add_child(probe::create(log, "b"));
-        a->add_child(kept);
-        doc->get_command_manager()->execute(
-            ixo_add_scene_object_cmd::create(scene->get_root(), probe::create(log, "c")));
-        EXPECT_EQ(events.take(), "<><><><>");
-        ixo_application::instance()->remove_document(doc);
-        scene = nullptr;
-        a = nullptr;
-        doc = nullptr;
-        // The root's children were removed while the scene was still whole.
-        EXPECT_EQ(events.take(), "<>");
-        ixo_application::instance()->get_event_manager()->unsubscribe_all();
-    }
-    EXPECT_EQ(log.destroyed, 3);
-    EXPECT_EQ(kept->get_parent(), nullptr);
-    EXPECT_EQ(kept->get_scene(), nullptr);
 }

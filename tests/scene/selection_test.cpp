@@ -100,35 +100,6 @@ TEST(selection, add_and_remove_with_events)
     EXPECT_EQ(flags, (std::vector<bool>{false, true, true, false}));
 }
 
-TEST(selection, iteration_cursor)
-{
-    ixo_object_ptr<ixo_selection> s = ixo_selection::create();
-    EXPECT_FALSE(s->get_first_object());
-    EXPECT_FALSE(s->get_next_object());
-
-    std::vector<ixo_object_ptr<item>> items;
-    for (int i = 0; i < 4; ++i)
-    {
-        items.push_back(item::create());
-        s->add_object(items.back());
-    }
-    // Address order, each member once, then null for good.
-    std::vector<ixo_selectable_object*> seen;
-    for (auto o = s->get_first_object(); o; o = s->get_next_object())
-        seen.push_back(o.get());
-    ASSERT_EQ(seen.size(), 4u);
-    for (size_t i = 1; i < seen.size(); ++i)
-        EXPECT_TRUE(std::less<ixo_selectable_object*>{}(seen[i - 1], seen[i]));
-    EXPECT_FALSE(s->get_next_object());
-    EXPECT_FALSE(s->get_next_object());
-
-    // A change ends the walk instead of leaving the cursor on a removed member.
-    auto first = s->get_first_object();
-    s->remove_object(first);
-    EXPECT_FALSE(s->get_next_object());
-    EXPECT_EQ(members(s).size(), 3u);
-}
-
 TEST(selection, lifetime_of_members)
 {
     ixo_object_ptr<item> a = item::create();
@@ -159,24 +130,4 @@ TEST(selection, lifetime_of_members)
     }
     // The selection's end clears the flag without events.
     EXPECT_FALSE(a->is_selected());
-}
-
-TEST(selection, host_information)
-{
-    ixo_object_ptr<item> a = item::create();
-    ixo_vector4<long> info = a->get_information();
-    for (int i = 0; i < 4; ++i)
-        EXPECT_EQ(info[i], -1);
-    a->set_information({1, 2, 3, 4});
-    a->set_information_field(2, 30);
-    a->set_information_field(4, 99); // out of range: ignored
-    a->set_information_field(-1, 99);
-    info = a->get_information();
-    EXPECT_EQ(info[0], 1);
-    EXPECT_EQ(info[1], 2);
-    EXPECT_EQ(info[2], 30);
-    EXPECT_EQ(info[3], 4);
-    EXPECT_EQ(a->type(), item::static_type());
-    EXPECT_EQ(a->type_name().to_utf8(), "Test Item");
-    EXPECT_EQ(&a->type_name(), &item::static_type_name());
 }

@@ -40,16 +40,6 @@ protected:
 };
 } // namespace
 
-TEST_F(selection_tool_test, object_in_point_reads_the_pixel_under_the_pointer)
-{
-    EXPECT_EQ(ixo_selection_tool::get_object_in_point(view, 44, 50).get(), a.get());
-    EXPECT_EQ(ixo_selection_tool::get_object_in_point(view, 156, 45).get(), b.get());
-    EXPECT_EQ(ixo_selection_tool::get_object_in_point(view, 100, 50), nullptr);
-    EXPECT_EQ(ixo_selection_tool::get_object_in_point(view, w + 1, 50), nullptr);
-    EXPECT_EQ(ixo_selection_tool::get_object_in_point(view, 44, -1), nullptr);
-    EXPECT_EQ(ixo_selection_tool::get_object_in_point(nullptr, 44, 50), nullptr);
-}
-
 TEST_F(selection_tool_test, clicks_select_toggle_and_clear)
 {
     EXPECT_TRUE(click(44, 50));

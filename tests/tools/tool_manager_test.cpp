@@ -121,25 +121,4 @@ TEST(tool_manager, lifetime_with_tools_holding_the_manager)
     EXPECT_EQ(journal_tool::alive, 0);
 }
 
-TEST(tool_manager, a_document_owns_one_and_empties_it_when_it_goes)
-{
-    journal log;
-    ixo_application::start(nullptr);
-    {
-        ixo_object_ptr<ixo_document> doc = ixo_application::instance()->create_document();
-        ixo_object_ptr<ixo_tool_manager> m = doc->get_tool_manager();
-        ASSERT_NE(m, nullptr);
-        EXPECT_EQ(doc->get_tool_manager().get(), m.get());
-        auto a = journal_tool::create("A", &log);
-        m->push_tool(a);
-        m->push_tool(journal_tool::create("B", &log));
-        log.clear();
-        ixo_application::instance()->remove_document(doc);
-        doc = nullptr;
-        EXPECT_EQ((journal{"B.stop", "A.start", "A.stop"}), log);
-        EXPECT_EQ(a->get_tool_manager(), nullptr);
-    }
-    ixo_application::end();
-    EXPECT_EQ(journal_tool::alive, 0);
-}
 } // namespace

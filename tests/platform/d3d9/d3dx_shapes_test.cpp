@@ -8,10 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <numeric>
-#include <random>
 
 namespace
 {
@@ -74,202 +71,44 @@ void expect_outward(ixo_d3dx_shape const& s)
     }
 }
 
-// Average cache miss ratio of a 16-entry FIFO post-transform cache: misses per triangle.
-float fifo_acmr(std::vector<std::uint32_t> const& indices)
-{
-    std::vector<std::uint32_t> cache;
-    std::size_t misses = 0;
-    for (std::uint32_t i : indices)
-        if (std::find(cache.begin(), cache.end(), i) == cache.end())
-        {
-            ++misses;
-            cache.push_back(i);
-            if (cache.size() > 16)
-                cache.erase(cache.begin());
-        }
-    return float(misses) / float(indices.size() / 3);
-}
-
 } // namespace
 
-TEST(d3dx_shapes, box_counts_bounds_and_faces)
+TEST(d3dx_shapes, solids_are_closed_outward_and_refuse_bad_sizes)
 {
-    ixo_d3dx_shape box;
-    ASSERT_TRUE(ixo_d3dx_build_box(2, 4, 6, box));
-    EXPECT_EQ(box.vertex_count(), 24u);
-    EXPECT_EQ(box.face_count(), 12u);
-    expect_bounds(box, {-1, -2, -3}, {1, 2, 3});
-    expect_outward(box);
-    // Each side's four vertices share an axis normal and lie on that side's plane.
-    for (std::size_t i = 0; i < 24; ++i)
+    struct solid
     {
-        v3 n = normal(box, i), p = position(box, i);
-        EXPECT_FLOAT_EQ(std::abs(n.x) + std::abs(n.y) + std::abs(n.z), 1.0f);
-        EXPECT_FLOAT_EQ(n.x * p.x + n.y * p.y + n.z * p.z,
-                        std::abs(n.x) * 1 + std::abs(n.y) * 2 + std::abs(n.z) * 3);
-    }
-    EXPECT_FALSE(ixo_d3dx_build_box(-1, 1, 1, box));
-    EXPECT_FALSE(ixo_d3dx_build_box(1, NAN, 1, box));
-}
-
-TEST(d3dx_shapes, cylinder_and_cone)
-{
-    ixo_d3dx_shape cyl;
-    ASSERT_TRUE(ixo_d3dx_build_cylinder(0.5f, 0.5f, 3, 72, 1, cyl));
-    EXPECT_EQ(cyl.vertex_count(), 2u + 72u * 4u);
-    EXPECT_EQ(cyl.face_count(), 2u * 72u * 2u);
-    expect_bounds(cyl, {-0.5f, -0.5f, -1.5f}, {0.5f, 0.5f, 1.5f});
-    expect_outward(cyl);
-
-    ixo_d3dx_shape stacked;
-    ASSERT_TRUE(ixo_d3dx_build_cylinder(1, 2, 1, 5, 3, stacked));
-    EXPECT_EQ(stacked.vertex_count(), 2u + 5u * 6u);
-    EXPECT_EQ(stacked.face_count(), 2u * 5u * 4u);
-
-    // The cone: radius 1 at z = -0.5, a point at z = +0.5.
-    ixo_d3dx_shape cone;
-    ASSERT_TRUE(ixo_d3dx_build_cylinder(1, 0, 1, 72, 1, cone));
-    expect_bounds(cone, {-1, -1, -0.5f}, {1, 1, 0.5f});
-    expect_outward(cone);
-    bool found_side = false;
-    for (std::size_t i = 0; i < cone.vertex_count(); ++i)
+        bool built;
+        ixo_d3dx_shape shape;
+    };
+    solid all[4]{};
+    all[0].built = ixo_d3dx_build_box(2, 4, 6, all[0].shape);
+    all[1].built = ixo_d3dx_build_cylinder(0.5f, 0.5f, 3, 72, 1, all[1].shape);
+    all[2].built = ixo_d3dx_build_cylinder(1, 0, 1, 72, 1, all[2].shape); // the cone
+    all[3].built = ixo_d3dx_build_sphere(1, 72, 36, all[3].shape);
+    std::size_t const counts[4][2] = {
+        {24, 12}, {2 + 72 * 4, 2 * 72 * 2}, {2 + 72 * 4, 2 * 72 * 2}, {2 + 72 * 35, 2 * 72 * 35}};
+    v3 const bounds[4][2] = {{{-1, -2, -3}, {1, 2, 3}},
+                             {{-0.5f, -0.5f, -1.5f}, {0.5f, 0.5f, 1.5f}},
+                             {{-1, -1, -0.5f}, {1, 1, 0.5f}},
+                             {{-1, -1, -1}, {1, 1, 1}}};
+    for (int k = 0; k < 4; ++k)
     {
-        v3 p = position(cone, i), n = normal(cone, i);
-        float r = std::sqrt(p.x * p.x + p.y * p.y);
-        if (p.z > 0.49f)
-            EXPECT_NEAR(r, 0.0f, 1e-6f);
-        else
-            EXPECT_NEAR(p.z, -0.5f, 1e-6f);
-        // The side normal at angle 0 of a 45-degree cone leans half-way up.
-        if (std::abs(p.x - 1) < 1e-6f && std::abs(n.z) < 0.9f)
-        {
-            found_side = true;
-            EXPECT_NEAR(n.x, std::sqrt(0.5f), 1e-5f);
-            EXPECT_NEAR(n.y, 0.0f, 1e-5f);
-            EXPECT_NEAR(n.z, std::sqrt(0.5f), 1e-5f);
-        }
+        SCOPED_TRACE(k);
+        ASSERT_TRUE(all[k].built);
+        EXPECT_EQ(all[k].shape.vertex_count(), counts[k][0]);
+        EXPECT_EQ(all[k].shape.face_count(), counts[k][1]);
+        expect_bounds(all[k].shape, bounds[k][0], bounds[k][1]);
+        expect_outward(all[k].shape);
     }
-    EXPECT_TRUE(found_side);
-
-    EXPECT_FALSE(ixo_d3dx_build_cylinder(1, 1, 1, 1, 1, cyl));
-    EXPECT_FALSE(ixo_d3dx_build_cylinder(1, 1, 1, 3, 0, cyl));
-    EXPECT_FALSE(ixo_d3dx_build_cylinder(-1, 1, 1, 3, 1, cyl));
-    EXPECT_FALSE(ixo_d3dx_build_cylinder(1, 1, 1, 100000, 100000, cyl));
-}
-
-TEST(d3dx_shapes, sphere)
-{
-    ixo_d3dx_shape sphere;
-    ASSERT_TRUE(ixo_d3dx_build_sphere(1, 72, 36, sphere));
-    EXPECT_EQ(sphere.vertex_count(), 2u + 72u * 35u);
-    EXPECT_EQ(sphere.face_count(), 2u * 72u * 35u);
-    expect_bounds(sphere, {-1, -1, -1}, {1, 1, 1});
-    expect_outward(sphere);
-    for (std::size_t i = 0; i < sphere.vertex_count(); ++i)
-    {
-        v3 p = position(sphere, i), n = normal(sphere, i);
-        EXPECT_NEAR(p.x * p.x + p.y * p.y + p.z * p.z, 1.0f, 1e-5f);
-        EXPECT_NEAR(p.x, n.x, 1e-6f);
-        EXPECT_NEAR(p.z, n.z, 1e-6f);
-    }
-    ixo_d3dx_shape big;
-    ASSERT_TRUE(ixo_d3dx_build_sphere(3, 4, 2, big));
-    EXPECT_EQ(big.vertex_count(), 6u);
-    EXPECT_EQ(big.face_count(), 8u);
-    expect_bounds(big, {-3, -3, -3}, {3, 3, 3});
-    EXPECT_FALSE(ixo_d3dx_build_sphere(1, 1, 5, sphere));
-    EXPECT_FALSE(ixo_d3dx_build_sphere(1, 5, 1, sphere));
-    EXPECT_FALSE(ixo_d3dx_build_sphere(1, 1000, 1000, sphere));
-}
-
-TEST(d3dx_shapes, vertex_order_follows_first_use)
-{
-    // Vertex 4 is unused and keeps the last place.
-    std::uint32_t const indices[] = {2, 0, 1, 2, 1, 3};
-    std::uint32_t remap[5];
-    ASSERT_TRUE(ixo_d3dx_optimize_vertices(indices, 2, 5, remap));
-    std::uint32_t const expected[] = {1, 2, 0, 3, 4};
-    EXPECT_TRUE(std::equal(remap, remap + 5, expected));
-
-    std::uint32_t const bad[] = {0, 1, 5};
-    EXPECT_FALSE(ixo_d3dx_optimize_vertices(bad, 1, 5, remap));
-    EXPECT_FALSE(ixo_d3dx_optimize_faces(bad, 1, 5, remap));
-}
-
-TEST(d3dx_shapes, optimised_orders_keep_the_triangles_and_help_the_cache)
-{
-    // A grid of triangles in shuffled order.
-    unsigned const n = 40;
-    std::vector<std::uint32_t> indices;
-    for (unsigned y = 0; y < n; ++y)
-        for (unsigned x = 0; x < n; ++x)
-        {
-            std::uint32_t a = y * (n + 1) + x, b = a + 1, c = a + n + 1, d = c + 1;
-            indices.insert(indices.end(), {a, b, d, a, d, c});
-        }
-    std::size_t const faces = indices.size() / 3, verts = (n + 1) * (n + 1);
-    std::vector<std::uint32_t> order(faces);
-    std::iota(order.begin(), order.end(), 0u);
-    std::shuffle(order.begin(), order.end(), std::mt19937(7));
-    std::vector<std::uint32_t> shuffled;
-    for (std::uint32_t f : order)
-        shuffled.insert(shuffled.end(), indices.begin() + 3 * f, indices.begin() + 3 * f + 3);
-    // Two identical triangles must both survive.
-    shuffled.insert(shuffled.end(), {0, 1, n + 2});
-    std::size_t const total = faces + 1;
-
-    std::vector<std::uint32_t> face_remap(total);
-    ASSERT_TRUE(ixo_d3dx_optimize_faces(shuffled.data(), total, verts, face_remap.data()));
-    std::vector<std::uint32_t> sorted = face_remap;
-    std::sort(sorted.begin(), sorted.end());
-    for (std::size_t i = 0; i < total; ++i)
-        ASSERT_EQ(sorted[i], i);
-    // New face i is old face remap[i].
-    std::vector<std::uint32_t> reordered;
-    for (std::uint32_t old : face_remap)
-        reordered.insert(reordered.end(), shuffled.begin() + 3 * old,
-                         shuffled.begin() + 3 * old + 3);
-    EXPECT_LT(fifo_acmr(reordered), fifo_acmr(shuffled) * 0.75f);
-
-    // Vertex order: a permutation; applying it old -> new keeps every triangle.
-    std::vector<std::uint32_t> vertex_remap(verts);
-    ASSERT_TRUE(ixo_d3dx_optimize_vertices(reordered.data(), total, verts, vertex_remap.data()));
-    std::vector<std::uint32_t> inverse(verts, ~0u);
-    for (std::size_t v = 0; v < verts; ++v)
-    {
-        ASSERT_LT(vertex_remap[v], verts);
-        ASSERT_EQ(inverse[vertex_remap[v]], ~0u);
-        inverse[vertex_remap[v]] = std::uint32_t(v);
-    }
-    for (std::size_t i = 0; i < reordered.size(); ++i)
-        EXPECT_EQ(inverse[vertex_remap[reordered[i]]], reordered[i]);
-    // First use order: the first triangle's vertices become 0, 1, 2.
-    EXPECT_EQ(vertex_remap[reordered[0]], 0u);
-    EXPECT_EQ(vertex_remap[reordered[1]], 1u);
-    EXPECT_EQ(vertex_remap[reordered[2]], 2u);
-
-    // The D3DX entry points give the same remaps from either index width.
-    std::vector<std::uint16_t> const small(shuffled.begin(), shuffled.end());
-    UINT const f = UINT(total), nv = UINT(verts);
-    for (bool wide : {true, false})
-    {
-        void const* data = wide ? static_cast<void const*>(shuffled.data()) : small.data();
-        std::vector<DWORD> v(verts), fr(total);
-        ASSERT_EQ(D3DXOptimizeFaces(data, f, nv, wide, fr.data()), D3D_OK);
-        ASSERT_EQ(D3DXOptimizeVertices(data, f, nv, wide, v.data()), D3D_OK);
-        EXPECT_EQ(std::vector<std::uint32_t>(fr.begin(), fr.end()), face_remap) << wide;
-        std::vector<std::uint32_t> want_v(verts);
-        ixo_d3dx_optimize_vertices(shuffled.data(), total, verts, want_v.data());
-        EXPECT_EQ(std::vector<std::uint32_t>(v.begin(), v.end()), want_v) << wide;
-    }
-    std::vector<DWORD> remap(verts);
-    // The last: an index beyond the vertex count.
-    ixo_expect_refused("optimize",
-                       {D3DXOptimizeFaces(nullptr, f, nv, TRUE, remap.data()),
-                        D3DXOptimizeFaces(shuffled.data(), f, nv, TRUE, nullptr),
-                        D3DXOptimizeVertices(shuffled.data(), f, nv, TRUE, nullptr),
-                        D3DXOptimizeFaces(shuffled.data(), f, 0, TRUE, remap.data()),
-                        D3DXOptimizeVertices(shuffled.data(), f, nv - 5, TRUE, remap.data())});
+    ixo_d3dx_shape s;
+    EXPECT_FALSE(ixo_d3dx_build_box(-1, 1, 1, s));
+    EXPECT_FALSE(ixo_d3dx_build_box(1, NAN, 1, s));
+    EXPECT_FALSE(ixo_d3dx_build_cylinder(1, 1, 1, 1, 1, s));
+    EXPECT_FALSE(ixo_d3dx_build_cylinder(1, 1, 1, 3, 0, s));
+    EXPECT_FALSE(ixo_d3dx_build_cylinder(-1, 1, 1, 3, 1, s));
+    EXPECT_FALSE(ixo_d3dx_build_cylinder(1, 1, 1, 100000, 100000, s));
+    EXPECT_FALSE(ixo_d3dx_build_sphere(1, 1, 5, s));
+    EXPECT_FALSE(ixo_d3dx_build_sphere(1, 1000, 1000, s));
 }
 
 // Worst cases for the optimiser: a fan around one vertex (valence far above the split
@@ -293,4 +132,15 @@ TEST(d3dx_shapes, fans_repeats_and_degenerate_triangles_keep_a_permutation)
     EXPECT_TRUE(std::all_of(remap.begin(), remap.begin() + fan, [](DWORD f) { return f < 100; }));
     EXPECT_EQ(std::vector<DWORD>(remap.begin() + fan, remap.end()),
               (std::vector<DWORD>{100, 101, 102, 103}));
+    // 16-bit indices give the same order; unusable arguments and indices past the vertex
+    // count are refused.
+    std::vector<std::uint16_t> const narrow(indices.begin(), indices.end());
+    std::vector<DWORD> again(faces);
+    ASSERT_EQ(D3DXOptimizeFaces(narrow.data(), faces, verts, FALSE, again.data()), D3D_OK);
+    EXPECT_EQ(again, remap);
+    ixo_expect_refused(
+        "optimize", {D3DXOptimizeFaces(nullptr, faces, verts, TRUE, remap.data()),
+                     D3DXOptimizeFaces(indices.data(), faces, verts, TRUE, nullptr),
+                     D3DXOptimizeVertices(indices.data(), faces, verts, TRUE, nullptr),
+                     D3DXOptimizeVertices(indices.data(), faces, verts - 5, TRUE, remap.data())});
 }

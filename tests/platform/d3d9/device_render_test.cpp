@@ -17,12 +17,6 @@ struct xyz_color
 };
 constexpr DWORD k_xyz_color = D3DFVF_XYZ | D3DFVF_DIFFUSE;
 
-struct rhw_color
-{
-    float x, y, z, rhw;
-    D3DCOLOR c;
-};
-
 struct xyz_normal
 {
     float x, y, z, nx, ny, nz;
@@ -95,24 +89,6 @@ TEST_F(device_render, clear_writes_blue_green_red_alpha_and_row_zero_is_the_top)
     EXPECT_EQ(readback->LockRect(&lr, &outside, 0), D3DERR_INVALIDCALL);
 }
 
-TEST_F(device_render, pre_transformed_triangle_lands_on_the_pixels_it_names)
-{
-    clear();
-    device->SetRenderState(D3DRS_LIGHTING, FALSE);
-    device->SetRenderState(D3DRS_CULLMODE, D3DCULL_NONE);
-    device->SetFVF(D3DFVF_XYZRHW | D3DFVF_DIFFUSE);
-    // A quad covering columns 10..19 and rows 4..11 (pixel centres on integers).
-    const D3DCOLOR c = D3DCOLOR_ARGB(255, 0, 255, 0);
-    rhw_color v[4] = {{9.5f, 3.5f, 0.f, 1.f, c},
-                      {19.5f, 3.5f, 0.f, 1.f, c},
-                      {9.5f, 11.5f, 0.f, 1.f, c},
-                      {19.5f, 11.5f, 0.f, 1.f, c}};
-    ASSERT_EQ(device->BeginScene(), D3D_OK);
-    ASSERT_EQ(device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, v, sizeof(rhw_color)), D3D_OK);
-    ASSERT_EQ(device->EndScene(), D3D_OK);
-    expect_rect(read(), 10, 4, 20, 12, [](ixo_test_pixel q) { return q.g == 255; });
-}
-
 TEST_F(device_render, depth_test_and_depth_write)
 {
     flat();
@@ -162,27 +138,6 @@ TEST_F(device_render, cull_modes_follow_screen_winding)
     EXPECT_EQ(draw_both(D3DCULL_CW), std::make_pair(false, true));
     EXPECT_EQ(draw_both(D3DCULL_CCW), std::make_pair(true, false));
     EXPECT_EQ(draw_both(D3DCULL_NONE), std::make_pair(true, true));
-}
-
-TEST_F(device_render, alpha_blending_with_source_alpha_factors)
-{
-    flat();
-    clear(D3DCOLOR_ARGB(255, 0, 0, 200));
-    device->SetRenderState(D3DRS_ALPHABLENDENABLE, TRUE);
-    device->SetRenderState(D3DRS_SRCBLEND, D3DBLEND_SRCALPHA);
-    device->SetRenderState(D3DRS_DESTBLEND, D3DBLEND_INVSRCALPHA);
-    auto q = quad(0.5f, D3DCOLOR_ARGB(64, 255, 100, 0));
-    ASSERT_EQ(draw(q), D3D_OK);
-    // result = src * a + dst * (1 - a), a = 64/255; alpha the same way.
-    double a = 64.0 / 255.0;
-    EXPECT_TRUE(ixo_pixel_is(at(read(), 10, 10), static_cast<int>(std::lround(255 * a)),
-                             static_cast<int>(std::lround(100 * a)),
-                             static_cast<int>(std::lround(200 * (1 - a))),
-                             static_cast<int>(std::lround(64 * a + 255 * (1 - a)))));
-    // Blending off replaces.
-    device->SetRenderState(D3DRS_ALPHABLENDENABLE, FALSE);
-    draw(q);
-    EXPECT_TRUE(ixo_pixel_is(at(read(), 10, 10), 255, 100, 0, 64, 0));
 }
 
 TEST_F(device_render, viewport_places_the_drawing_and_limits_clears)
@@ -409,76 +364,6 @@ TEST_F(device_render, emissive_identifiers_read_back_exactly)
         }
     }
     EXPECT_EQ(wrong, 0);
-}
-
-TEST_F(device_render, stretch_rect_into_a_sub_rectangle)
-{
-    IDirect3DSurface9* source = nullptr;
-    ASSERT_EQ(device->CreateRenderTarget(4, 2, D3DFMT_A8R8G8B8, D3DMULTISAMPLE_NONE, 0, FALSE,
-                                         &source, nullptr),
-              D3D_OK);
-    device->SetRenderTarget(0, source);
-    clear(0xffff0000);
-    D3DRECT right = {2, 0, 4, 2};
-    device->Clear(1, &right, D3DCLEAR_TARGET, 0xff0000ff, 1.f, 0);
-    device->SetRenderTarget(0, target);
-    clear();
-    // 4 x 2 source into the 8 x 4 rectangle at (10, 20): each source pixel becomes 2 x 2.
-    RECT dest = {10, 20, 18, 24};
-    ASSERT_EQ(device->StretchRect(source, nullptr, target, &dest, D3DTEXF_NONE), D3D_OK);
-    auto p = read();
-    // x, y, red, blue: red and blue halves inside, black around.
-    const int cases[][4] = {{10, 20, 255, 0}, {13, 23, 255, 0}, {14, 20, 0, 255}, {17, 23, 0, 255},
-                            {9, 20, 0, 0},    {18, 20, 0, 0},   {10, 19, 0, 0},   {10, 24, 0, 0}};
-    for (auto& c : cases)
-        EXPECT_TRUE(ixo_pixel_is(at(p, c[0], c[1]), c[2], 0, c[3], 255, 0)) << c[0] << ", " << c[1];
-    // Rectangles outside a surface and system-memory sources are refused.
-    RECT outside = {60, 40, 70, 50};
-    EXPECT_EQ(device->StretchRect(source, nullptr, target, &outside, D3DTEXF_NONE),
-              D3DERR_INVALIDCALL);
-    EXPECT_EQ(device->StretchRect(readback, nullptr, target, nullptr, D3DTEXF_NONE),
-              D3DERR_INVALIDCALL);
-    source->Release();
-}
-
-TEST_F(device_render, r32f_render_target_keeps_floats)
-{
-    IDirect3DTexture9* map = nullptr;
-    ASSERT_EQ(device->CreateTexture(W, H, 1, D3DUSAGE_RENDERTARGET, D3DFMT_R32F, D3DPOOL_DEFAULT,
-                                    &map, nullptr),
-              D3D_OK);
-    D3DSURFACE_DESC desc{};
-    ASSERT_EQ(map->GetLevelDesc(0, &desc), D3D_OK);
-    EXPECT_EQ(desc.Format, D3DFMT_R32F);
-    EXPECT_EQ(desc.Width, W);
-    IDirect3DSurface9* level = nullptr;
-    ASSERT_EQ(map->GetSurfaceLevel(0, &level), D3D_OK);
-    ASSERT_EQ(device->SetRenderTarget(0, level), D3D_OK);
-    clear(0xffffffff, D3DCLEAR_TARGET | D3DCLEAR_ZBUFFER);
-    flat();
-    draw(quad(0.5f, D3DCOLOR_ARGB(255, 64, 0, 0), -1, -1, 0, 1));
-    IDirect3DSurface9* copy = nullptr;
-    ASSERT_EQ(
-        device->CreateOffscreenPlainSurface(W, H, D3DFMT_R32F, D3DPOOL_SYSTEMMEM, &copy, nullptr),
-        D3D_OK);
-    // Formats must match for the copy.
-    EXPECT_EQ(device->GetRenderTargetData(level, readback), D3DERR_INVALIDCALL);
-    ASSERT_EQ(device->GetRenderTargetData(level, copy), D3D_OK);
-    D3DLOCKED_RECT lr{};
-    ASSERT_EQ(copy->LockRect(&lr, nullptr, D3DLOCK_READONLY), D3D_OK);
-    EXPECT_EQ(lr.Pitch, static_cast<INT>(W * 4));
-    const float* row = static_cast<const float*>(lr.pBits);
-    EXPECT_FLOAT_EQ(row[1], 64.f / 255.f);
-    EXPECT_FLOAT_EQ(row[W - 1], 1.f);
-    copy->UnlockRect();
-    copy->Release();
-    // The level surface shares the texture's count: the texture lives while it is held.
-    map->Release();
-    D3DSURFACE_DESC ld{};
-    EXPECT_EQ(level->GetDesc(&ld), D3D_OK);
-    EXPECT_EQ(ld.Format, D3DFMT_R32F);
-    device->SetRenderTarget(0, target);
-    level->Release();
 }
 
 TEST_F(device_render, bad_calls_answer_invalid_call)

@@ -25,12 +25,6 @@ std::array<xyz_normal, 4> quad(float z, float x1 = 1)
         {{-1, 1, z, 0, 0, -1}, {x1, 1, z, 0, 0, -1}, {-1, -1, z, 0, 0, -1}, {x1, -1, z, 0, 0, -1}}};
 }
 
-const char* k_parameters[] = {"g_mWorld",           "g_mView",       "g_mProj",
-                              "g_mWorldNoScale",    "g_ObjectColor", "g_bEnableLighting",
-                              "g_headlightDiffuse", "g_lightPos",    "g_lightDiffuse",
-                              "g_lightAmbient",     "g_mShadow",     "g_shadowTexture",
-                              "g_shadowWidth",      "g_shadowHeight"};
-
 } // namespace
 
 class effect_render : public ixo_d3d9_fixture
@@ -77,22 +71,9 @@ protected:
     ID3DXBuffer* errors = nullptr;
 };
 
-TEST_F(effect_render, shipped_effect_has_both_techniques_and_every_parameter)
+TEST_F(effect_render, unknown_names_and_wrong_kinds_are_refused)
 {
-    EXPECT_NE(effect->GetTechniqueByName("MainTechnique"), nullptr);
-    EXPECT_NE(effect->GetTechniqueByName("ShadowTechnique"), nullptr);
     EXPECT_EQ(effect->GetTechniqueByName("NoSuchTechnique"), nullptr);
-    for (const char* name : k_parameters)
-        EXPECT_NE(effect->GetParameterByName(nullptr, name), nullptr) << name;
-    // Values read back as set; kinds are checked.
-    D3DXVECTOR4 v(0.1f, 0.2f, 0.3f, 0.4f), got;
-    ASSERT_EQ(effect->SetVector("g_lightPos", &v), D3D_OK);
-    ASSERT_EQ(effect->GetVector("g_lightPos", &got), D3D_OK);
-    EXPECT_EQ(got, v);
-    EXPECT_EQ(effect->SetInt("g_shadowWidth", 640), D3D_OK);
-    INT n = 0;
-    effect->GetInt("g_shadowWidth", &n);
-    EXPECT_EQ(n, 640);
     D3DXMATRIX m;
     ixo_expect_refused("parameters",
                        {effect->SetMatrix("g_ObjectColor", &m), effect->SetMatrix("g_unknown", &m),
@@ -133,47 +114,6 @@ TEST_F(effect_render, float_parameters_read_as_int_for_every_float)
         effect->GetInt("g_lightPos", &n);
         EXPECT_EQ(n, c.expected) << c.value;
     }
-}
-
-TEST_F(effect_render, picking_colour_is_drawn_exactly_and_lighting_follows_the_parameters)
-{
-    ASSERT_EQ(effect->SetTechnique("MainTechnique"), D3D_OK);
-    // An identifier with all four bytes set survives, alpha included.
-    D3DXVECTOR4 id(0x12 / 255.f, 0x34 / 255.f, 0x56 / 255.f, 0x78 / 255.f);
-    effect->SetVector("g_ObjectColor", &id);
-    effect->SetBool("g_bEnableLighting", FALSE);
-    draw();
-    EXPECT_TRUE(ixo_pixel_is(at(read(), W / 2, H / 2), 0x12, 0x34, 0x56, 0x78, 0));
-
-    // Lit by the head light only: colour * (ambient + head light), the quad faces the eye.
-    D3DXVECTOR4 colour(0.4f, 0.6f, 0.2f, 1.f), head(1.f, 1.f, 1.f, 1.f),
-        ambient(0.2f, 0.2f, 0.2f, 1.f), zero(0, 0, 0, 0);
-    effect->SetVector("g_ObjectColor", &colour);
-    effect->SetBool("g_bEnableLighting", TRUE);
-    effect->SetVector("g_headlightDiffuse", &head);
-    effect->SetVector("g_lightAmbient", &ambient);
-    effect->SetVector("g_lightDiffuse", &zero);
-    draw();
-    EXPECT_TRUE(ixo_pixel_is(at(read(), W / 2, H / 2), 122, 184, 61, 255, 2));
-
-    // A change inside a pass reaches the next draw.
-    UINT passes = 0;
-    effect->Begin(&passes, 0);
-    effect->BeginPass(0);
-    effect->SetBool("g_bEnableLighting", FALSE);
-    effect->CommitChanges();
-    auto q = quad(0.5f);
-    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_normal));
-    effect->EndPass();
-    effect->End();
-    EXPECT_TRUE(ixo_pixel_is(at(read(), W / 2, H / 2), 102, 153, 51, 255, 1));
-
-    // After End the fixed function draws again: unlit white vertices... with lighting on and
-    // no light, the black material gives black.
-    D3DMATERIAL9 black{};
-    device->SetMaterial(&black);
-    device->DrawPrimitiveUP(D3DPT_TRIANGLESTRIP, 2, q.data(), sizeof(xyz_normal));
-    EXPECT_TRUE(ixo_pixel_is(at(read(), W / 2, H / 2), 0, 0, 0, 0, 0));
 }
 
 TEST_F(effect_render, shadow_technique_writes_depth_and_the_main_technique_reads_it)

@@ -103,22 +103,3 @@ TEST(rotor2d, four_blades_span_81_degrees_each)
     EXPECT_EQ(r->get_num_blades(), 4u);
     EXPECT_EQ(ixo_scene_rotor2d::get_blade_color(), ixo_vector4<unsigned char>(0, 0, 255, 200));
 }
-
-TEST(stator2d, bounds_cover_both_circles_and_the_poly_cylinder)
-{
-    auto s = ixo_scene_stator2d::create();
-    EXPECT_TRUE(box_is(s->get_object_bounds(), v3(-2, -2, 0), v3(2, 2, 0)));
-    s->set_start_radius(2.5f);
-    EXPECT_TRUE(box_is(s->get_object_bounds(), v3(-2.5f, -2.5f, 0), v3(2.5f, 2.5f, 0)));
-    EXPECT_TRUE(s->get_start_points().empty());
-
-    // One sample at radius 4 with a wall of 0.5 and height 1.
-    auto p = ixo_scene_poly_cylinder::create(1, 0.5f);
-    float a = 0, r = 4;
-    ixo_vector4<unsigned char> c(255, 0, 0, 255);
-    p->set_data(1, &a, &r, &c);
-    s->set_poly_cylinder(p);
-    EXPECT_TRUE(box_is(s->get_object_bounds(), v3(-4.5f, -4.5f, -0.5f), v3(4.5f, 4.5f, 0.5f)));
-    EXPECT_EQ(ixo_scene_stator2d::get_case_color(), ixo_vector4<unsigned char>(255, 0, 0, 200));
-    EXPECT_EQ(ixo_scene_stator2d::get_probe_color(), ixo_vector4<unsigned char>(0, 255, 0, 200));
-}
