@@ -62,32 +62,6 @@ std::string tag(char const* what, ixo_object_ptr<ixo_document_object> const& o)
 }
 } // namespace
 
-TEST(application, start_count)
-{
-    EXPECT_EQ(ixo_application::instance(), nullptr);
-    ixo_application::end(); // without a start: nothing happens
-    EXPECT_EQ(ixo_application::instance(), nullptr);
-
-    EXPECT_EQ(ixo_application::start(nullptr), ixo_start_success);
-    ixo_application* app = ixo_application::instance();
-    ASSERT_NE(app, nullptr);
-    ixo_object_ptr<ixo_event_manager> m = app->get_event_manager();
-    EXPECT_TRUE(m);
-    EXPECT_EQ(ixo_application::start(nullptr), ixo_start_success);
-    EXPECT_EQ(ixo_application::instance(), app);
-    ixo_application::end();
-    EXPECT_EQ(ixo_application::instance(), app);
-    EXPECT_EQ(app->get_event_manager(), m);
-    ixo_application::end();
-    EXPECT_EQ(ixo_application::instance(), nullptr);
-    EXPECT_EQ(ixo_event_manager::get_app_event_manager(), nullptr);
-
-    // A new start builds a new application with a new event manager.
-    ixo_application::start(nullptr);
-    EXPECT_NE(ixo_application::instance()->get_event_manager(), m);
-    ixo_application::end();
-}
-
 TEST(document, starts_empty_and_stores_nothing)
 {
     started s;

@@ -103,6 +103,7 @@ int draw_with_shared_objects()
 TEST(Direct3D, StartCreatesTheDeviceAndEverySharedObject)
 {
     library_guard guard;
+    ixo_application::end(); // without a start: nothing happens
     EXPECT_EQ(ixo_direct3d::get_device(), nullptr);
     ASSERT_EQ(ixo_application::start(nullptr), ixo_start_success);
     ASSERT_NE(ixo_direct3d::get_direct3d(), nullptr);

@@ -1,4 +1,4 @@
-// The primitives drawn headless and read back: coverage, colours, shared meshes, resets.
+// The primitives drawn headless and read back: coverage, outlines, shared meshes, resets.
 
 #include "scene/scene_render_fixture.h"
 

@@ -75,16 +75,11 @@ void expect_outward(ixo_d3dx_shape const& s)
 
 TEST(d3dx_shapes, solids_are_closed_outward_and_refuse_bad_sizes)
 {
-    struct solid
-    {
-        bool built;
-        ixo_d3dx_shape shape;
-    };
-    solid all[4]{};
-    all[0].built = ixo_d3dx_build_box(2, 4, 6, all[0].shape);
-    all[1].built = ixo_d3dx_build_cylinder(0.5f, 0.5f, 3, 72, 1, all[1].shape);
-    all[2].built = ixo_d3dx_build_cylinder(1, 0, 1, 72, 1, all[2].shape); // the cone
-    all[3].built = ixo_d3dx_build_sphere(1, 72, 36, all[3].shape);
+    ixo_d3dx_shape all[4];
+    bool const built[4] = {ixo_d3dx_build_box(2, 4, 6, all[0]),
+                           ixo_d3dx_build_cylinder(0.5f, 0.5f, 3, 72, 1, all[1]),
+                           ixo_d3dx_build_cylinder(1, 0, 1, 72, 1, all[2]), // the cone
+                           ixo_d3dx_build_sphere(1, 72, 36, all[3])};
     std::size_t const counts[4][2] = {
         {24, 12}, {2 + 72 * 4, 2 * 72 * 2}, {2 + 72 * 4, 2 * 72 * 2}, {2 + 72 * 35, 2 * 72 * 35}};
     v3 const bounds[4][2] = {{{-1, -2, -3}, {1, 2, 3}},
@@ -94,11 +89,11 @@ TEST(d3dx_shapes, solids_are_closed_outward_and_refuse_bad_sizes)
     for (int k = 0; k < 4; ++k)
     {
         SCOPED_TRACE(k);
-        ASSERT_TRUE(all[k].built);
-        EXPECT_EQ(all[k].shape.vertex_count(), counts[k][0]);
-        EXPECT_EQ(all[k].shape.face_count(), counts[k][1]);
-        expect_bounds(all[k].shape, bounds[k][0], bounds[k][1]);
-        expect_outward(all[k].shape);
+        ASSERT_TRUE(built[k]);
+        EXPECT_EQ(all[k].vertex_count(), counts[k][0]);
+        EXPECT_EQ(all[k].face_count(), counts[k][1]);
+        expect_bounds(all[k], bounds[k][0], bounds[k][1]);
+        expect_outward(all[k]);
     }
     ixo_d3dx_shape s;
     EXPECT_FALSE(ixo_d3dx_build_box(-1, 1, 1, s));
