@@ -217,8 +217,12 @@ int viewer_window::run(ixo_object_ptr<ixo_document> document, ixo_object_ptr<ixo
             {
                 width_ = e.xconfigure.width;
                 height_ = e.xconfigure.height;
+                // A size the view refuses keeps its old surfaces, which still need drawing.
                 if (width_ > 0 && height_ > 0)
-                    repaint = view_->resize(unsigned(width_), unsigned(height_));
+                {
+                    view_->resize(unsigned(width_), unsigned(height_));
+                    repaint = true;
+                }
             }
             break;
         case ButtonPress:

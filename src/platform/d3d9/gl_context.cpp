@@ -92,15 +92,28 @@ EGLDisplay x11_display()
 
 // Mesa's software rasteriser crashes when a surface is made for a window that is already
 // gone, which happens when another client destroys the window while a frame is on its way.
-// The probe's BadWindow error is swallowed rather than reaching the host's handler.
+// The probe's own BadWindow error is swallowed; any other error that arrives meanwhile goes
+// to the handler that was installed before.
+XErrorHandler g_previous_handler = nullptr;
+Window g_probed_window = 0;
+
+int probe_error(Display* display, XErrorEvent* error)
+{
+    if (error->error_code == BadWindow && error->resourceid == g_probed_window)
+        return 0;
+    return g_previous_handler ? g_previous_handler(display, error) : 0;
+}
+
 bool window_exists(Window window)
 {
     if (!g_x11.native)
         return false;
-    auto previous = XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
+    g_probed_window = window;
+    g_previous_handler = XSetErrorHandler(probe_error);
     XWindowAttributes attributes;
     Status const found = XGetWindowAttributes(g_x11.native, window, &attributes);
-    XSetErrorHandler(previous);
+    XSetErrorHandler(g_previous_handler);
+    g_previous_handler = nullptr;
     return found != 0;
 }
 
